@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Runs every test of the project on a fresh Debian 12 machine: installs what is missing (as root),
+# builds the four presets, runs the native tests (plain and with sanitizers), checks the Windows
+# DLLs' exports and runs the Windows build under Wine.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/common.sh
+
+ensure_packages
+for preset in native native-asan mingw64 mingw32; do
+  echo "== Building $preset"
+  build_preset "$preset"
+done
+
+echo "== Native tests"
+ctest --preset native -j "$(nproc)"
+echo "== Native tests with AddressSanitizer and UndefinedBehaviorSanitizer"
+ctest --preset native-asan -j "$(nproc)"
+
+echo "== Windows end-to-end checks"
+bash tests/e2e/run.sh

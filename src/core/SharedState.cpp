@@ -1,0 +1,37 @@
+// The plug-in's process-wide state.
+#include "core/SharedState.h"
+
+#include <stdexcept>
+#include <utility>
+
+namespace rx9400 {
+
+void SharedState::resetDetectors() {
+  detectors.assign(1, DetectorInfo{});
+  detectorKinds.assign(1, 0);
+  alerts.assign(1, DetectorAlertState{});
+}
+
+void SharedState::setConnectedDetectors(std::vector<DetectorInfo> connected,
+                                        std::vector<std::int32_t> kinds) {
+  if (connected.size() != kinds.size()) {
+    throw std::invalid_argument("every connected detector needs its type code");
+  }
+  detectors = std::move(connected);
+  detectorKinds = std::move(kinds);
+  alerts.assign(detectors.size(), DetectorAlertState{});
+}
+
+std::int32_t SharedState::identifierAt(std::size_t slot) const {
+  return slot < detectors.size() ? detectors[slot].identifier : 0;
+}
+
+std::int32_t SharedState::kindAt(std::size_t slot) const {
+  return slot < detectorKinds.size() ? detectorKinds[slot] : 0;
+}
+
+void SharedState::removeDetector(std::size_t slot) {
+  if (slot < detectors.size()) detectors[slot].identifier = 0;
+}
+
+}  // namespace rx9400

@@ -1,0 +1,173 @@
+// The typed wrapper against the simulator: records come back whole, constant arguments reach the
+// library as it expects them, and buffers the library fills are never overrun.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "fakes/Simulator.h"
+
+namespace rx9400 {
+namespace {
+
+using testing::Simulator;
+
+/// Scans until the library says the scan is over; returns the number of status polls.
+int scanToTheEnd(MBdllFunctions& library) {
+  library.MBScanForDetectors();
+  int polls = 1;
+  while (library.MBGetScanCompleteStatus() == 1 && polls < 100) ++polls;
+  return polls;
+}
+
+/// Scans and connects every detector of the scenario; returns their records, AIO+mAs first.
+std::vector<DetectorInfo> connectAll(MBdllFunctions& library) {
+  library.MBRegisterApplication(1);
+  scanToTheEnd(library);
+  std::vector<DetectorInfo> found;
+  std::vector<std::int32_t> identifiers;
+  std::vector<std::uint8_t> types;
+  for (const std::int32_t type : {4, 3}) {
+    for (const auto& info : library.MBGetDetectorInfoOfType(type, library.MBGetNumberOfDetectors(type))) {
+      found.push_back(info);
+      identifiers.push_back(info.identifier);
+      types.push_back(static_cast<std::uint8_t>(type));
+    }
+  }
+  EXPECT_NE(library.MBConnectToDetectors(identifiers, types), 0);
+  return found;
+}
+
+bool contains(const std::vector<std::string>& calls, const std::string& call) {
+  return std::find(calls.begin(), calls.end(), call) != calls.end();
+}
+
+TEST(DeviceWrapper, ScanFindsTheDefaultDetectorsAndReturnsTheirRecordsWhole) {
+  Simulator simulator;
+  MBdllFunctions& library = simulator.library();
+  library.MBRegisterApplication(1);
+  EXPECT_GT(scanToTheEnd(library), 1) << "the scan takes several polls";
+
+  ASSERT_EQ(library.MBGetNumberOfDetectors(4), 1);
+  ASSERT_EQ(library.MBGetNumberOfDetectors(3), 1);
+  EXPECT_EQ(library.MBGetNumberOfDetectors(1), 0);
+  const auto aio = library.MBGetDetectorInfoOfType(4, 1);
+  ASSERT_EQ(aio.size(), 1u);
+  EXPECT_GE(aio[0].identifier, 1);
+  EXPECT_GT(aio[0].serialNumber, 0);
+  EXPECT_EQ(aio[0].typeCode, 4);
+  EXPECT_GE(aio[0].calibrationDate.year, 2000);
+  EXPECT_EQ(library.MBGetDetectorInfoOfType(1, 0).size(), 0u) << "no type 1 detector: no record";
+}
+
+TEST(DeviceWrapper, ConnectedDetectorsReportStatusAndBatteryThroughTheWrapper) {
+  Simulator simulator;
+  MBdllFunctions& library = simulator.library();
+  const auto detectors = connectAll(library);
+  ASSERT_EQ(detectors.size(), 2u);
+  for (const auto& info : detectors) {
+    const DetectorStatus status = library.MBGetDetectorStatus(info.identifier);
+    EXPECT_EQ(status.connectionState, kConnected);
+    const BatteryStatus battery = library.MBGetBatteryStatus(info.identifier);
+    EXPECT_EQ(battery.chargePercent, status.battery.chargePercent);
+    EXPECT_EQ(simulator.detector(info.identifier).connectionState, kConnected);
+  }
+}
+
+TEST(DeviceWrapper, ConstantArgumentsReachTheLibraryAsItExpectsThem) {
+  Simulator simulator;
+  MBdllFunctions& library = simulator.library();
+  const std::int32_t id = connectAll(library).front().identifier;
+  simulator.clearCalls();
+
+  library.MBGetBatteryStatus(id);
+  library.MBGetNumberOfValidTargetFilters(id);
+  library.MBGetMeasuredData(id);
+  library.MBGetmAsMeasuredData(id);
+  library.MBGetNumberOfDataPoints(id);
+  WaveformParameters parameters{0, 10, 1, {}};
+  library.MBSetWaveformParameters(id, parameters);
+
+  const std::string n = std::to_string(id);
+  const auto calls = simulator.calls();
+  for (const std::string& expected :
+       {"MBGetBatteryStatus(*, " + n + ", -1)", "MBGetNumberOfValidTargetFilters(" + n + ", -1)",
+        "MBGetMeasuredData(*, " + n + ", 0)", "MBGetmAsMeasuredData(*, " + n + ", 0)",
+        "MBGetNumberOfDataPoints(" + n + ", 0)"}) {
+    EXPECT_TRUE(contains(calls, expected)) << expected;
+  }
+  ASSERT_EQ(calls.size(), 6u);
+  EXPECT_EQ(calls[5].rfind("MBSetWaveformParameters(" + n + ", ", 0), 0u) << calls[5];
+  EXPECT_EQ(calls[5].substr(calls[5].size() - 4), ", 0)") << calls[5];
+}
+
+TEST(DeviceWrapper, TheSettingsRecordReachesTheDetectorByteForByte) {
+  Simulator simulator;
+  MBdllFunctions& library = simulator.library();
+  const std::int32_t id = connectAll(library).front().identifier;
+  MeasurementSettings settings{};
+  settings.doseUnit = 2;
+  settings.doseRateUnit = 3;
+  settings.delay = 150;
+  settings.includeDelay = kVBTrue;
+  settings.percentKV = 80;
+  std::memcpy(settings.targetFilter, "W/Al", 4);
+  library.MBSetMeasurementSettings(id, settings);
+
+  const SimDetectorState state = simulator.detector(id);
+  EXPECT_EQ(state.settingsReceived, 1);
+  EXPECT_EQ(std::memcmp(&state.lastSettings, &settings, sizeof settings), 0);
+}
+
+TEST(DeviceWrapper, TargetFilterListsNeverExceedTheRoomGivenNorWhatTheLibraryWrote) {
+  Simulator simulator;
+  MBdllFunctions& library = simulator.library();
+  const std::int32_t id = connectAll(library).front().identifier;
+  const std::int32_t valid = library.MBGetNumberOfValidTargetFilters(id);
+  ASSERT_GE(valid, 2) << "the default all-in-one detector offers several target/filter combinations";
+
+  struct Case {
+    std::int32_t capacity;
+    std::size_t expected;
+  };
+  for (const Case& c :
+       {Case{valid + 5, static_cast<std::size_t>(valid)}, Case{valid, static_cast<std::size_t>(valid)},
+        Case{1, 1u}, Case{0, 0u}, Case{-3, 0u}}) {
+    SCOPED_TRACE("capacity " + std::to_string(c.capacity));
+    const auto names = library.MBGetValidTargetFilters(id, c.capacity);
+    EXPECT_EQ(names.size(), c.expected);
+    for (const auto& name : names) EXPECT_NE(name.name[0], '\0');
+  }
+  const TargetFilterName fallback = library.MBGetDefaultTargetFilter(id);
+  EXPECT_NE(fallback.name[0], '\0');
+}
+
+TEST(DeviceWrapper, AFullLengthChamberNameArrivesWithItsFifteenCharactersOnly) {
+  Simulator simulator;
+  MBdllFunctions& library = simulator.library();
+  const auto detectors = connectAll(library);
+  const std::int32_t dosimeter = detectors.back().identifier;
+  ChamberName name{};
+  std::memcpy(name.data(), "ABCDEFGHIJKLMNO", 15);  // exactly fifteen characters, no terminator
+  const std::int16_t chamber = library.MBAddNewIonChamber(dosimeter, name);
+  ASSERT_GE(chamber, 1);
+  EXPECT_NE(simulator.chamberFile(dosimeter).find("\tABCDEFGHIJKLMNO\t"), std::string::npos);
+}
+
+TEST(DeviceWrapper, MasWaveformBlocksFillExactlyTheGivenRoom) {
+  Simulator simulator;
+  MBdllFunctions& library = simulator.library();
+  const std::int32_t id = connectAll(library).front().identifier;
+  std::int32_t span = -1;
+  library.MBGetmAsNumberOfDataPoints(id, span);
+  std::vector<std::int32_t> block(27, 0x7EADBEEF);
+  library.MBGetmAsWaveFormDataPoints(id, 0, 1, std::span<std::int32_t>(block).first(26));
+  EXPECT_EQ(block[26], 0x7EADBEEF) << "the library wrote past the 26 points asked for";
+  const auto calls = simulator.calls();
+  EXPECT_TRUE(contains(calls, "MBGetmAsWaveFormDataPoints(" + std::to_string(id) + ", 0, 1, 26, *)"));
+}
+
+}  // namespace
+}  // namespace rx9400
