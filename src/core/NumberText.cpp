@@ -132,7 +132,7 @@ std::string formatPicture(double value, int integerDigits, int decimals, std::st
       scaled = digits.substr(0, static_cast<std::size_t>(kept));
       if (digits[static_cast<std::size_t>(kept)] >= '5') increment(scaled);
     } else if (kept == 0 && digits[0] >= '5') {
-      scaled = "1";
+      scaled.assign(1, '1');
     }
   }
   const bool zero = scaled.find_first_not_of('0') == std::string::npos;
@@ -143,14 +143,15 @@ std::string formatPicture(double value, int integerDigits, int decimals, std::st
     text += decimalSeparator;
     text += scaled.substr(scaled.size() - static_cast<std::size_t>(decimals));
   }
-  return value < 0 && !zero ? "-" + text : text;
+  if (value < 0 && !zero) text.insert(text.begin(), '-');
+  return text;
 }
 
 ScientificParts scientificParts(double value, std::string_view decimalSeparator) {
   ScientificParts parts;
   if (value == 0 || !std::isfinite(value)) {
     parts.mantissa = value == 0 ? "0" : doubleText(value, decimalSeparator);
-    parts.exponent = "00";
+    parts.exponent.assign(2, '0');
     return parts;
   }
   char buffer[64];

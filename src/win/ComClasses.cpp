@@ -11,12 +11,29 @@
 #include "win/DispatchObject.h"
 #include "win/EventSource.h"
 #include "win/TamsaRX9400VTI_h.h"
+#include "win/Win32Language.h"
+#include "win/Win32Platform.h"
 
 namespace rx9400::win {
 namespace {
 
+/// The process's one context, made on first use (creating a class talks to no detector and opens no
+/// window: the services start lazily too).
 PluginContext& pluginContext() {
-  static PluginContext context(MBdllFunctions::forInstalledLibrary());
+  static ExecutiveLanguage language;
+  static Win32TraceSink traceSink;
+  static Win32Registry registry;
+  static Win32WindowSystem windows;
+  static Win32DatePickerControl datePicker;
+  static PluginContext context(MBdllFunctions::forInstalledLibrary(),
+                               PlatformServices{language, traceSink, registry, windows, datePicker});
+  static const bool reporting = [] {
+    setFailureReporter([](const char* member, const char* what) {
+      pluginContext().trace.trace({"$" + std::string(member) + "$ - Error :: " + what});
+    });
+    return true;
+  }();
+  (void)reporting;
   return context;
 }
 

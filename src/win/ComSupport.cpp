@@ -79,7 +79,18 @@ std::string fromBstr(BSTR text) {
   return result;
 }
 
-void reportTrappedFailure(const char*, const char*) noexcept {}
+namespace {
+FailureReporter gReporter = nullptr;
+}  // namespace
+
+void setFailureReporter(FailureReporter reporter) { gReporter = reporter; }
+
+void reportTrappedFailure(const char* member, const char* what) noexcept {
+  try {
+    if (gReporter != nullptr) gReporter(member, what);
+  } catch (...) {
+  }
+}
 
 }  // namespace rx9400::win
 

@@ -42,8 +42,10 @@ inline bool fromVariantBool(VARIANT_BOOL value) {
   return value != VARIANT_FALSE;
 }
 
-/// Where a failure that reached a member's trap is reported (the trace channel).
+/// Reports a failure that reached a member's trap, through the reporter set (the trace channel).
 void reportTrappedFailure(const char* member, const char* what) noexcept;
+using FailureReporter = void (*)(const char* member, const char* what);
+void setFailureReporter(FailureReporter reporter);
 
 /// Runs a member's body inside its error trap. No C++ exception leaves; the member answers S_OK with
 /// whatever result the body had set (its default when it failed before setting one).

@@ -1,0 +1,60 @@
+// The Win32 implementations of the platform interfaces the shared services use.
+#pragma once
+
+#include <windows.h>
+
+#include "platform/DatePickerControl.h"
+#include "platform/Registry.h"
+#include "platform/TraceSink.h"
+#include "platform/WindowSystem.h"
+
+namespace rx9400::win {
+
+class Win32Registry final : public Registry {
+ public:
+  std::optional<Key> openLocalMachineKey(std::string_view subKey) override;
+  std::optional<ValueInfo> queryValueInfo(Key key, std::string_view name) override;
+  std::optional<std::int32_t> queryDword(Key key, std::string_view name) override;
+};
+
+class Win32WindowSystem final : public WindowSystem {
+ public:
+  std::optional<WindowRect> windowRect(WindowHandle window) override;
+  void setCursorPosition(int x, int y) override;
+  void makeTopmost(WindowHandle window, int x, int y, int width, int height) override;
+};
+
+/// The trace viewer's window, marked by the window property "vbAcceleratorVBTRACER_TRACEWIN" with the
+/// value 1, receiving lines as WM_COPYDATA.
+class Win32TraceSink final : public TraceSink {
+ public:
+  bool findViewer() override;
+  void send(std::string_view line) override;
+
+ private:
+  HWND viewer_ = nullptr;
+};
+
+/// A hidden date-time picker control.
+class Win32DatePickerControl final : public DatePickerControl {
+ public:
+  Win32DatePickerControl() = default;
+  ~Win32DatePickerControl() override;
+  Win32DatePickerControl(const Win32DatePickerControl&) = delete;
+  Win32DatePickerControl& operator=(const Win32DatePickerControl&) = delete;
+
+  CalendarDate date() override;
+  void setDate(const CalendarDate& date) override;
+  std::string text() override;
+  CalendarDate today() override;
+
+ private:
+  HWND control();
+  HWND control_ = nullptr;
+};
+
+/// UTF-8 to the system's ANSI code page and back.
+std::string toAnsi(std::string_view utf8);
+std::string fromAnsi(std::string_view ansi);
+
+}  // namespace rx9400::win
