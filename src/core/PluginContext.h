@@ -10,11 +10,15 @@
 #include "device/MBdllFunctions.h"
 #include "platform/DatePickerControl.h"
 #include "platform/LanguageService.h"
+#include "platform/MessageBoxes.h"
 #include "platform/Registry.h"
+#include "platform/Sound.h"
 #include "platform/TraceSink.h"
 #include "platform/WindowSystem.h"
 
 namespace rx9400 {
+
+class DialogFactory;
 
 /// The operating system as the plug-in reaches it; each service outlives the context.
 struct PlatformServices {
@@ -23,6 +27,10 @@ struct PlatformServices {
   Registry& registry;
   WindowSystem& windows;
   DatePickerControl& datePicker;
+  Sound& sound;
+  MessageBoxes& messageBoxes;
+  EventPump& eventPump;
+  DialogFactory& dialogs;
 };
 
 struct PluginContext {

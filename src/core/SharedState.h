@@ -41,10 +41,11 @@ struct SharedState {
   std::vector<std::int32_t> detectorKinds;  ///< the type code (1 to 5) of each slot
   std::vector<DetectorAlertState> alerts;   ///< the warnings shown for each slot
 
-  bool charging = false;            ///< True while the battery charges
-  std::uint8_t chargePercent = 0;   ///< last charge in percent while not charging
-  bool measurementEnabled = false;  ///< set and cleared by EnableMeasurements and the supervision
-  MeasurementSettings settings{};   ///< sent to the all-in-one detectors by ChangeSettings
+  bool charging = false;                   ///< True while the battery charges
+  std::uint8_t chargePercent = 0;          ///< last charge in percent while not charging
+  bool measurementEnabled = false;         ///< set and cleared by EnableMeasurements and the supervision
+  std::int32_t requestedDetectorType = 0;  ///< the kind the executive asked for (SendDetectorType); 0 any
+  MeasurementSettings settings{};          ///< sent to the all-in-one detectors by ChangeSettings
 
   std::vector<IonChamber> ionChambers;  ///< the chambers and cal factors read from the dosimeter
   std::uint8_t ionChamberCount = 0;

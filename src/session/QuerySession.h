@@ -5,10 +5,14 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
+#include <string>
 
 #include "core/PluginContext.h"
 
 namespace rx9400 {
+
+class ConnectDialog;
 
 class QuerySession {
  public:
@@ -18,7 +22,8 @@ class QuerySession {
   void RegisterApp();
   /// Closes the session; the detector table is left as it is.
   void CloseApp();
-  /// Scans for detectors, lets the user choose and connects them.
+  /// Scans for detectors in the scan dialog, then lets the user choose and connect them in the
+  /// connect dialog; says "No Detector Found" when the scan found none. A stopped scan ends quietly.
   void ScanAndConnectToDetector();
   /// True when the last slot of the detector table holds a connected detector: every slot is asked in
   /// turn and the last one decides.
@@ -31,9 +36,28 @@ class QuerySession {
   /// True after ResetTheDetectors and after a scan the user stopped.
   bool resetFlag() const { return resetFlag_; }
 
+  /// The scan result text: the detectors found per type code 1 to 5, joined with ","; empty after a
+  /// stopped scan.
+  std::string scanAndCount();
+  /// Refreshes the shared charging flag and charge percentage from every connected detector.
+  void updateBatteryStatus();
+  /// Reports the detectors whose calibration is overdue, with their dates and, for all-in-one
+  /// detectors, the target/filter combinations they are not calibrated for.
+  void reportCalibration();
+
  private:
+  void traceFailure(const char* member, const std::exception& error) noexcept;
+  void addAndConnect(ConnectDialog& dialog, std::uint8_t count, std::int32_t typeCode, std::int32_t repeat,
+                     bool last);
+
   PluginContext& context_;
   bool resetFlag_ = false;
 };
+
+/// The day count from `today` to `date` (negative when the date has passed).
+std::int64_t daysBetween(const CalendarDate& today, const CalendarDate& date);
+/// The calibration due date a detector is judged by: its due date, except that a calibration or due
+/// date in February past the 28th makes it 1 March of the year after the calibration year.
+CalendarDate effectiveDueDate(const CalDate& calibration, const CalDate& due);
 
 }  // namespace rx9400

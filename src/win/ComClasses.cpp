@@ -13,6 +13,7 @@
 #include "win/TamsaRX9400VTI_h.h"
 #include "win/Win32Language.h"
 #include "win/Win32Platform.h"
+#include "win/dialogs/Win32Dialogs.h"
 
 namespace rx9400::win {
 namespace {
@@ -25,8 +26,13 @@ PluginContext& pluginContext() {
   static Win32Registry registry;
   static Win32WindowSystem windows;
   static Win32DatePickerControl datePicker;
+  static Win32Sound sound;
+  static Win32MessageBoxes messageBoxes;
+  static Win32EventPump eventPump;
+  static Win32Dialogs dialogs;
   static PluginContext context(MBdllFunctions::forInstalledLibrary(),
-                               PlatformServices{language, traceSink, registry, windows, datePicker});
+                               PlatformServices{language, traceSink, registry, windows, datePicker, sound,
+                                                messageBoxes, eventPump, dialogs});
   static const bool reporting = [] {
     setFailureReporter([](const char* member, const char* what) {
       pluginContext().trace.trace({"$" + std::string(member) + "$ - Error :: " + what});

@@ -83,7 +83,9 @@ namespace {
 FailureReporter gReporter = nullptr;
 }  // namespace
 
-void setFailureReporter(FailureReporter reporter) { gReporter = reporter; }
+void setFailureReporter(FailureReporter reporter) {
+  gReporter = reporter;
+}
 
 void reportTrappedFailure(const char* member, const char* what) noexcept {
   try {

@@ -42,6 +42,38 @@ BOOL CALLBACK findViewerWindow(HWND window, LPARAM found) {
 
 }  // namespace
 
+std::wstring toWide(std::string_view utf8) {
+  return wide(utf8, CP_UTF8);
+}
+std::string fromWide(std::wstring_view text) {
+  return narrow(text, CP_UTF8);
+}
+
+void Win32Sound::beep(int frequency, int milliseconds) {
+  Beep(static_cast<DWORD>(frequency), static_cast<DWORD>(milliseconds));
+}
+
+void Win32Sound::sleep(int milliseconds) {
+  Sleep(static_cast<DWORD>(milliseconds));
+}
+
+int Win32MessageBoxes::show(const std::string& text, const std::string& caption, int style) {
+  return MessageBoxW(GetActiveWindow(), toWide(text).c_str(), toWide(caption).c_str(),
+                     static_cast<UINT>(style) | MB_SETFOREGROUND);
+}
+
+void Win32EventPump::pumpEvents() {
+  MSG message;
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+    if (message.message == WM_QUIT) {
+      PostQuitMessage(static_cast<int>(message.wParam));  // leave it for the host's own loop
+      break;
+    }
+    TranslateMessage(&message);
+    DispatchMessageW(&message);
+  }
+}
+
 std::string toAnsi(std::string_view utf8) {
   return narrow(wide(utf8, CP_UTF8), CP_ACP);
 }

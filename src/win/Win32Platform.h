@@ -4,7 +4,9 @@
 #include <windows.h>
 
 #include "platform/DatePickerControl.h"
+#include "platform/MessageBoxes.h"
 #include "platform/Registry.h"
+#include "platform/Sound.h"
 #include "platform/TraceSink.h"
 #include "platform/WindowSystem.h"
 
@@ -52,6 +54,27 @@ class Win32DatePickerControl final : public DatePickerControl {
   HWND control();
   HWND control_ = nullptr;
 };
+
+class Win32Sound final : public Sound {
+ public:
+  void beep(int frequency, int milliseconds) override;
+  void sleep(int milliseconds) override;
+};
+
+/// Standard message boxes, modal to the executive's active window.
+class Win32MessageBoxes final : public MessageBoxes {
+ public:
+  int show(const std::string& text, const std::string& caption, int style) override;
+};
+
+class Win32EventPump final : public EventPump {
+ public:
+  void pumpEvents() override;
+};
+
+/// UTF-8 to UTF-16 and back.
+std::wstring toWide(std::string_view utf8);
+std::string fromWide(std::wstring_view text);
 
 /// UTF-8 to the system's ANSI code page and back.
 std::string toAnsi(std::string_view utf8);

@@ -1,0 +1,44 @@
+// The zero-error dialog (FZeroMeasurement): tells the user that a detector has a zero error and asks
+// whether to check again (Retry) or to turn the detector off and scan again (Connect).
+#pragma once
+
+#include <string>
+
+#include "core/PluginContext.h"
+#include "session/DialogView.h"
+
+namespace rx9400 {
+
+class ZeroErrorDialog;
+
+class ZeroErrorDialogView : public DialogView {
+ public:
+  virtual void attach(ZeroErrorDialog& presenter) = 0;
+  /// The line naming the detector (lblSerialNumber).
+  virtual void setDetectorLine(const std::string& line) = 0;
+};
+
+class ZeroErrorDialog {
+ public:
+  ZeroErrorDialog(PluginContext& context, ZeroErrorDialogView& view);
+
+  /// Shows the dialog modally with this caption and detector line. Returns True when the user chose
+  /// Connect; Retry, or closing the dialog, answers False.
+  bool ask(const std::string& caption, const std::string& detectorLine);
+  bool connectChosen() const { return connectChosen_; }
+
+  // Handlers, called by the view.
+  void load();
+  void activated();
+  void retryClicked();
+  void connectClicked();
+
+ private:
+  PluginContext& context_;
+  ZeroErrorDialogView& view_;
+  bool connectChosen_ = false;
+  std::string caption_;
+  std::string detectorLine_;
+};
+
+}  // namespace rx9400

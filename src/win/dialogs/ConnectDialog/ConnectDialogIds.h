@@ -1,0 +1,15 @@
+// Control identifiers of the connect dialog.
+#pragma once
+
+#define IDD_CONNECT 300
+#define IDC_CONNECT_SELECT 301
+#define IDC_CONNECT_LIST 302
+#define IDC_CONNECT_SERIAL 303
+#define IDC_CONNECT_CALDATE 304
+#define IDC_CONNECT_DUEDATE 305
+#define IDC_CONNECT_SW 306
+#define IDC_CONNECT_HW 307
+#define IDC_CONNECT_USB 308
+#define IDC_CONNECT_ZIGBEE 309
+#define IDC_CONNECT_CONNECT 310
+#define IDC_CONNECT_CANCEL 311

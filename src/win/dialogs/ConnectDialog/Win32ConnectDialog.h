@@ -1,0 +1,39 @@
+// The connect dialog as a Win32 dialog.
+#pragma once
+
+#include "session/ConnectDialog.h"
+#include "win/dialogs/Win32Dialog.h"
+
+namespace rx9400::win {
+
+class Win32ConnectDialog final : public Win32Dialog, public ConnectDialogView {
+ public:
+  Win32ConnectDialog();
+
+  void attach(ConnectDialog& presenter) override { presenter_ = &presenter; }
+  void showModal() override { runModal(); }
+  void hide() override { endModal(); }
+  WindowHandle window() override { return windowHandle(); }
+  WindowHandle focusedControl() override { return focusedControlHandle(); }
+  void setTitle(const std::string& title) override { setWindowTitle(title); }
+  std::vector<std::string> captions() override { return controlCaptions(); }
+  void setCaptions(const std::vector<std::string>& captions) override { setControlCaptions(captions); }
+  void setRows(const std::vector<DetectorRow>& rows) override;
+  std::vector<bool> tickedRows() override;
+  void setDetails(const DetectorDetails& details) override;
+  void setRadioStates(int usb, int zigBee) override;
+
+ private:
+  void onInit() override;
+  void onActivate() override;
+  void onCommand(int id) override;
+  bool onMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result) override;
+  HWND list() const;
+
+  ConnectDialog* presenter_ = nullptr;
+  int usb_ = 0;
+  int zigBee_ = 0;
+  bool filling_ = false;
+};
+
+}  // namespace rx9400::win

@@ -1,0 +1,53 @@
+// The base of the plug-in's Win32 dialogs: a modal dialog from the DLL's resources that keeps `this`
+// on WM_INITDIALOG and forwards its messages to a virtual handler. Views stay thin: every decision is
+// the presenter's.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/WindowSystem.h"
+
+namespace rx9400::win {
+
+class Win32Dialog {
+ public:
+  /// `templateId` is the dialog's resource; `captionIds` the controls whose captions are catalogue
+  /// literals, in the order captions() gives them.
+  Win32Dialog(int templateId, std::vector<int> captionIds);
+  virtual ~Win32Dialog() = default;
+  Win32Dialog(const Win32Dialog&) = delete;
+  Win32Dialog& operator=(const Win32Dialog&) = delete;
+
+  /// Runs the dialog modally, owned by the executive's active window.
+  void runModal();
+  void endModal();
+  HWND handle() const { return dialog_; }
+  WindowHandle windowHandle() const { return reinterpret_cast<WindowHandle>(dialog_); }
+  WindowHandle focusedControlHandle() const;
+  void setWindowTitle(const std::string& title);
+  std::vector<std::string> controlCaptions() const;
+  void setControlCaptions(const std::vector<std::string>& captions);
+  void setControlText(int id, const std::string& text);
+
+ protected:
+  /// The dialog exists: the presenter's load runs here.
+  virtual void onInit() = 0;
+  virtual void onActivate() {}
+  /// A button with this id was pressed.
+  virtual void onCommand(int id) = 0;
+  virtual void onTimer() {}
+  /// Other messages; answers whether it handled them (and the result in `result`).
+  virtual bool onMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result);
+
+ private:
+  static INT_PTR CALLBACK procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
+
+  int templateId_;
+  std::vector<int> captionIds_;
+  HWND dialog_ = nullptr;
+};
+
+}  // namespace rx9400::win

@@ -1,0 +1,33 @@
+// The zero-error dialog as a Win32 dialog.
+#include "win/dialogs/ZeroErrorDialog/Win32ZeroErrorDialog.h"
+
+#include "win/dialogs/ZeroErrorDialog/ZeroErrorDialogIds.h"
+
+namespace rx9400::win {
+
+Win32ZeroErrorDialog::Win32ZeroErrorDialog()
+    : Win32Dialog(IDD_ZERO_ERROR, {IDC_ZERO_RETRY, IDC_ZERO_CONNECT, IDC_ZERO_DETECTOR, IDC_ZERO_SUGGESTIONS,
+                                   IDC_ZERO_RETRY_LINE, IDC_ZERO_CONNECT_LINE}) {}
+
+void Win32ZeroErrorDialog::setDetectorLine(const std::string& line) {
+  setControlText(IDC_ZERO_DETECTOR, line);
+}
+
+void Win32ZeroErrorDialog::onInit() {
+  SendDlgItemMessageW(handle(), IDC_ZERO_ICON, STM_SETICON,
+                      reinterpret_cast<WPARAM>(LoadIconW(nullptr, reinterpret_cast<LPCWSTR>(IDI_ERROR))), 0);
+  if (presenter_ != nullptr) presenter_->load();
+}
+
+void Win32ZeroErrorDialog::onActivate() {
+  if (presenter_ != nullptr) presenter_->activated();
+}
+
+void Win32ZeroErrorDialog::onCommand(int id) {
+  if (presenter_ == nullptr) return;
+  if (id == IDC_ZERO_CONNECT) presenter_->connectClicked();
+  // Closing the window answers as Retry does.
+  if (id == IDC_ZERO_RETRY || id == IDCANCEL) presenter_->retryClicked();
+}
+
+}  // namespace rx9400::win

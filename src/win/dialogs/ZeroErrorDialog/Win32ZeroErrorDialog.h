@@ -1,0 +1,31 @@
+// The zero-error dialog as a Win32 dialog.
+#pragma once
+
+#include "session/ZeroErrorDialog.h"
+#include "win/dialogs/Win32Dialog.h"
+
+namespace rx9400::win {
+
+class Win32ZeroErrorDialog final : public Win32Dialog, public ZeroErrorDialogView {
+ public:
+  Win32ZeroErrorDialog();
+
+  void attach(ZeroErrorDialog& presenter) override { presenter_ = &presenter; }
+  void showModal() override { runModal(); }
+  void hide() override { endModal(); }
+  WindowHandle window() override { return windowHandle(); }
+  WindowHandle focusedControl() override { return focusedControlHandle(); }
+  void setTitle(const std::string& title) override { setWindowTitle(title); }
+  std::vector<std::string> captions() override { return controlCaptions(); }
+  void setCaptions(const std::vector<std::string>& captions) override { setControlCaptions(captions); }
+  void setDetectorLine(const std::string& line) override;
+
+ private:
+  void onInit() override;
+  void onActivate() override;
+  void onCommand(int id) override;
+
+  ZeroErrorDialog* presenter_ = nullptr;
+};
+
+}  // namespace rx9400::win

@@ -1,0 +1,295 @@
+// The query class against the simulator: scanning, counting, connecting, the boxes the user sees, the
+// battery update and the calibration report. Dialogs are scripted views driving the real presenters.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "fakes/Simulator.h"
+#include "fakes/TestPlatform.h"
+#include "session/QuerySession.h"
+
+namespace rx9400 {
+namespace {
+
+using testing::ScriptedConnectView;
+using testing::Simulator;
+using testing::TestPlatform;
+
+/// A scenario with the given detectors (JSON objects) and scan.
+std::string scenario(const std::string& detectors, const std::string& scan = R"({"pollsUntilComplete": 3})",
+                     const std::string& faults = "{}") {
+  return R"({"scan": )" + scan + R"(, "faults": )" + faults + R"(, "detectors": [)" + detectors + "]}";
+}
+
+const std::string kAio = R"({"identifier": 101, "typeCode": 1, "serialNumber": 1201})";
+const std::string kDose = R"({"identifier": 303, "typeCode": 3, "serialNumber": 1305})";
+
+class Session : public ::testing::Test {
+ protected:
+  void start(const std::string& scenarioJson = {}) {
+    simulator = std::make_unique<Simulator>(scenarioJson);
+    context = std::make_unique<PluginContext>(MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH),
+                                              platform.services());
+    session = std::make_unique<QuerySession>(*context);
+    session->RegisterApp();
+  }
+  int calls(const std::string& prefix) const {
+    const auto all = simulator->calls();
+    return static_cast<int>(std::count_if(
+        all.begin(), all.end(), [&](const std::string& call) { return call.rfind(prefix, 0) == 0; }));
+  }
+  /// The user ticks these kinds and presses Connect, then closes the dialog if it is still open.
+  static ScriptedConnectView::Script tickAndConnect(std::initializer_list<const char*> kinds) {
+    return [kinds](ConnectDialog& dialog, ScriptedConnectView& view) {
+      view.tickKinds(kinds);
+      dialog.connectClicked();
+    };
+  }
+
+  TestPlatform platform;
+  std::unique_ptr<Simulator> simulator;
+  std::unique_ptr<PluginContext> context;
+  std::unique_ptr<QuerySession> session;
+};
+
+TEST_F(Session, ADosimeterOnlyScanCountsZeroZeroOneZeroZeroAndListsOnlyTheDosimeter) {
+  start(scenario(kDose));
+  EXPECT_EQ(session->scanAndCount(), "0,0,1,0,0");
+  EXPECT_FALSE(session->resetFlag());
+  const auto log = simulator->calls();
+  const std::vector<std::string> counts(log.end() - 5, log.end());
+  EXPECT_EQ(counts, (std::vector<std::string>{"MBGetNumberOfDetectors(1)", "MBGetNumberOfDetectors(3)",
+                                              "MBGetNumberOfDetectors(2)", "MBGetNumberOfDetectors(5)",
+                                              "MBGetNumberOfDetectors(4)"}));
+
+  session->ScanAndConnectToDetector();
+  EXPECT_EQ(platform.dialogs.connect->showings, 1);
+  EXPECT_EQ(calls("MBGetDetectorInfoOfType("), 1);
+  EXPECT_EQ(calls("MBGetDetectorInfoOfType(3, "), 1);
+  ASSERT_EQ(platform.dialogs.connect->rows.size(), 1u);
+  EXPECT_EQ(platform.dialogs.connect->rows[0].kind, "DOSE");
+  EXPECT_EQ(platform.dialogs.connect->rows[0].serialNumber, "1305");
+}
+
+TEST_F(Session, TheScanDialogStartsTheScanOnceAndPollsUntilTheLibrarySaysDone) {
+  start(scenario(kAio, R"({"pollsUntilComplete": 3})"));
+  session->scanAndCount();
+  const auto& scan = *platform.dialogs.scan;
+  EXPECT_EQ(calls("MBScanForDetectors("), 1);
+  EXPECT_EQ(calls("MBGetScanCompleteStatus("), 4) << "three answers of 1, then done";
+  EXPECT_EQ(scan.ticks, 4);
+  EXPECT_EQ(scan.intervals, (std::vector<int>{1, 200}));
+  EXPECT_EQ(scan.frames, (std::vector<int>{1, 2, 3, 4}));
+  EXPECT_TRUE(scan.hidden());
+  EXPECT_EQ(scan.title(), "Scanning...");
+  EXPECT_EQ(scan.shownCaptions(), (std::vector<std::string>{"Scanning...", "Stop"}));
+  EXPECT_GE(platform.pump.pumps, 5) << "once per tick and once after the dialog closed";
+}
+
+TEST_F(Session, ALibraryWhoseFirstPollIsNotOneClosesTheScanAfterOneTick) {
+  start(scenario(kAio, R"({"pollsUntilComplete": 0, "completeStatus": 0})"));
+  EXPECT_EQ(session->scanAndCount(), "1,0,0,0,0");
+  EXPECT_EQ(platform.dialogs.scan->ticks, 1);
+}
+
+TEST_F(Session, AStoppedScanConnectsNothingAndShowsNothing) {
+  start(scenario(kAio, R"({"pollsUntilComplete": 50})"));
+  context->state.resetDetectors();
+  platform.dialogs.scan->stopAfterTicks = 2;
+  session->ScanAndConnectToDetector();
+  EXPECT_TRUE(session->resetFlag());
+  EXPECT_EQ(calls("MBStopScanningAndReset("), 1);
+  EXPECT_EQ(calls("MBGetNumberOfDetectors("), 0);
+  EXPECT_EQ(platform.dialogs.connect->showings, 0);
+  EXPECT_TRUE(platform.boxes.shown.empty());
+  EXPECT_EQ(context->state.slotCount(), 1u);
+}
+
+TEST_F(Session, AnAllInOneOnlyScanStillShowsTheConnectDialogOnce) {
+  start(scenario(kAio + "," + R"({"identifier": 102, "typeCode": 1})"));
+  session->ScanAndConnectToDetector();
+  EXPECT_EQ(platform.dialogs.connect->showings, 1);
+  EXPECT_EQ(platform.dialogs.connect->rows.size(), 2u);
+  EXPECT_TRUE(platform.boxes.shown.empty());
+}
+
+TEST_F(Session, NoDetectorFoundSaysSoWithIndentedSuggestions) {
+  start(scenario(R"({"identifier": 101, "typeCode": 1, "found": false})"));
+  session->ScanAndConnectToDetector();
+  EXPECT_EQ(platform.dialogs.connect->showings, 0);
+  ASSERT_EQ(platform.boxes.shown.size(), 1u);
+  EXPECT_EQ(
+      platform.boxes.shown[0].text,
+      "No Detector Found\n     1) Please turn on the detector.\n     2) Bring the detector within range.");
+  EXPECT_EQ(platform.boxes.shown[0].caption, "No Detector Found");
+  EXPECT_EQ(platform.boxes.shown[0].style, kBoxCritical);
+}
+
+TEST_F(Session, ConnectingFillsTheTableKindByKindBeepsTwiceAndUpdatesTheBattery) {
+  start();  // the default scenario: an all-in-one detector with mAs meter and a dosimeter
+  platform.dialogs.connect->scripts.push_back(tickAndConnect({"DOSE", "AIO+MAS"}));
+  session->ScanAndConnectToDetector();
+
+  ASSERT_EQ(context->state.slotCount(), 2u);
+  EXPECT_EQ(context->state.kindAt(0), 4) << "all-in-one detectors come first";
+  EXPECT_EQ(context->state.kindAt(1), 3);
+  EXPECT_EQ(context->state.alerts.size(), 2u);
+  EXPECT_TRUE(platform.dialogs.connect->hidden());
+  EXPECT_EQ(platform.sound.calls, (std::vector<std::string>{"beep 2500 200", "sleep 100", "beep 2500 200"}));
+  EXPECT_EQ(calls("MBConnectToDetectors("), 1);
+  const std::string aio = std::to_string(context->state.identifierAt(0));
+  const std::string dose = std::to_string(context->state.identifierAt(1));
+  EXPECT_TRUE(platform.trace.contains("$SaveNConnectToDetectors$ - AIO Detector :: " + aio));
+  EXPECT_TRUE(platform.trace.contains("$SaveNConnectToDetectors$ - DOSE Detector :: " + dose));
+  // The last slot decides the shared battery state.
+  EXPECT_TRUE(platform.trace.contains("$UpdateBatteryStatus$ - Battery Charge status" + dose +
+                                      "::" + std::to_string(context->state.chargePercent)));
+  EXPECT_EQ(context->state.chargePercent,
+            simulator->library().MBGetBatteryStatus(std::stoi(dose)).chargePercent);
+  EXPECT_TRUE(session->IsDetectorConnected());
+  EXPECT_TRUE(platform.boxes.shown.empty()) << "calibrated detectors raise no report";
+}
+
+TEST_F(Session, ConnectRefusalsKeepTheDialogOpenAndConnectNothing) {
+  struct Case {
+    const char* name;
+    std::string scenarioJson;
+    std::int32_t requestedType;
+    ScriptedConnectView::Script script;
+    std::string text;
+    std::string caption;
+  };
+  const std::string failedSelfTest = R"({"identifier": 101, "typeCode": 4, "selfTestResult": 3})";
+  const Case cases[] = {
+      {"nothing ticked", scenario(kAio), 0, tickAndConnect({}),
+       "No detector selected, please select a detector to proceed.", "Select Detector"},
+      {"a dosimeter was asked for", scenario(kAio), 3, tickAndConnect({"AIO"}),
+       "The selected detector does not support Kalmet.", "Tamsa RX9400 Plug-In Response"},
+      {"an all-in-one detector was asked for", scenario(kDose), 1, tickAndConnect({"DOSE"}),
+       "The selected detector does not support RX9400.", "Tamsa RX9400 Plug-In Response"},
+      {"self test failed", scenario(failedSelfTest), 0, tickAndConnect({"AIO+MAS"}),
+       "RX 9400WD mAs  detector self test failed. Please select different detector.", "Self Test Error"},
+      {"the library refuses", scenario(kAio, R"({"pollsUntilComplete": 1})", R"({"connectFails": true})"), 0,
+       tickAndConnect({"AIO"}), "Unable to connect the detector. Please try again.", "Connection Error"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    platform = TestPlatform();
+    start(c.scenarioJson);
+    context->state.resetDetectors();
+    session->SendDetectorType(c.requestedType);
+    platform.dialogs.connect->scripts.push_back(c.script);
+    session->ScanAndConnectToDetector();
+    ASSERT_EQ(platform.boxes.shown.size(), 1u);
+    EXPECT_EQ(platform.boxes.shown[0].text, c.text);
+    EXPECT_EQ(platform.boxes.shown[0].caption, c.caption);
+    EXPECT_FALSE(platform.dialogs.connect->hidden()) << "the dialog stays open for another choice";
+    EXPECT_EQ(context->state.identifierAt(0), 0);
+    EXPECT_TRUE(platform.sound.calls.empty());
+  }
+}
+
+TEST_F(Session, CancelStopsTheLibraryAndConnectsNothing) {
+  start(scenario(kAio));
+  context->state.resetDetectors();
+  platform.dialogs.connect->scripts.push_back(
+      [](ConnectDialog& dialog, ScriptedConnectView&) { dialog.cancelClicked(); });
+  session->ScanAndConnectToDetector();
+  EXPECT_EQ(calls("MBStopScanningAndReset("), 1);
+  EXPECT_EQ(calls("MBConnectToDetectors("), 0);
+  EXPECT_FALSE(session->IsDetectorConnected());
+}
+
+TEST_F(Session, TheChosenRowShowsDatesAndVersionsAndAnEmptyChoiceShowsNone) {
+  start(scenario(R"({"identifier": 101, "typeCode": 1, "serialNumber": 1201, "calibrationDate": "2025-06-12",
+                     "calibrationDueDate": "2027-06-12", "firmwareVersion": [2, 14], "bootloaderVersion": [1, 3],
+                     "boardVersion": [3, 1], "radioVersion": [1, 2]})"));
+  platform.dialogs.connect->scripts.push_back([](ConnectDialog& dialog, ScriptedConnectView& view) {
+    const DetectorDetails first = view.details;
+    EXPECT_EQ(first.serialNumber, "1201");
+    EXPECT_EQ(first.calibrationDate, "Cal Date: 12/06/2025");
+    EXPECT_EQ(first.calibrationDueDate, "Cal Due Date: 12/06/2027");
+    EXPECT_EQ(first.softwareVersion, "SW Version: 2.14-1.3");
+    EXPECT_EQ(first.hardwareVersion, "HW Version: 3.1-1.2");
+    dialog.rowSelected(-1);
+    EXPECT_EQ(view.details.serialNumber, "None");
+    EXPECT_EQ(view.details.calibrationDate, "Cal Date: None");
+  });
+  session->ScanAndConnectToDetector();
+  EXPECT_EQ(platform.dialogs.connect->title(), "Establish Connection");
+  EXPECT_EQ(platform.dialogs.connect->radio, (std::vector<int>{1, 1}));
+}
+
+TEST(CalibrationDates, FebruaryPastThe28thIsJudgedByTheFirstOfMarchOfTheNextYear) {
+  const struct {
+    CalDate calibration;
+    CalDate due;
+    CalendarDate used;
+  } cases[] = {
+      {{29, 2, 2024}, {28, 2, 2025}, {2025, 3, 1}},  {{15, 2, 2024}, {29, 2, 2028}, {2025, 3, 1}},
+      {{28, 2, 2025}, {28, 2, 2026}, {2026, 2, 28}}, {{12, 6, 2025}, {12, 6, 2027}, {2027, 6, 12}},
+      {{30, 1, 2025}, {2, 2, 2026}, {2026, 3, 1}},  // the rule as it stands: either date, either day
+  };
+  for (const auto& c : cases) EXPECT_EQ(effectiveDueDate(c.calibration, c.due), c.used);
+  EXPECT_EQ(daysBetween({2025, 3, 1}, {2025, 3, 1}), 0);
+  EXPECT_EQ(daysBetween({2025, 3, 2}, {2025, 3, 1}), -1);
+  EXPECT_EQ(daysBetween({2024, 2, 28}, {2024, 3, 1}), 2);
+  EXPECT_EQ(daysBetween({2025, 12, 31}, {2026, 1, 1}), 1);
+}
+
+TEST_F(Session, AnOverdueDetectorIsReportedWithItsDatesAndInvalidTargetFilters) {
+  start(scenario(R"({"identifier": 101, "typeCode": 1, "calibrationDate": "2024-02-29",
+                     "calibrationDueDate": "2025-02-28", "targetFilters": {"valid": ["W/Al"], "default": "W/Al",
+                     "invalid": ["Rh/Rh", "Mo/Al"]}})"));
+  platform.datePicker.now = {2025, 3, 1};  // the due date has passed, but February's rule gives until today
+  platform.dialogs.connect->scripts.push_back(tickAndConnect({"AIO"}));
+  session->ScanAndConnectToDetector();
+  EXPECT_TRUE(platform.boxes.shown.empty());
+
+  platform.datePicker.now = {2025, 3, 2};
+  session->reportCalibration();
+  ASSERT_EQ(platform.boxes.shown.size(), 1u);
+  const std::string indent(18, ' ');
+  EXPECT_EQ(platform.boxes.shown[0].text,
+            "RX 9400WD detector calibration over due.\n" + indent + "Calibration Date: 29/02/2024\n" +
+                indent + "Calibration Due Date: 28/02/2025\n" + indent + "   Target/Filter: Rh/Rh Invalid\n" +
+                indent + "   Target/Filter: Mo/Al Invalid");
+  EXPECT_EQ(platform.boxes.shown[0].caption, "Calibration Error");
+}
+
+TEST_F(Session, TheLastSlotDecidesWhetherADetectorIsConnected) {
+  start();
+  platform.dialogs.connect->scripts.push_back(tickAndConnect({"AIO+MAS", "DOSE"}));
+  session->ScanAndConnectToDetector();
+  ASSERT_TRUE(session->IsDetectorConnected());
+  const std::int32_t second = context->state.detectors[1].identifier;
+  context->state.detectors[1].identifier = 9999;  // a detector the library has never connected
+  EXPECT_FALSE(session->IsDetectorConnected());
+  context->state.detectors[1].identifier = second;
+  context->state.detectors[0].identifier = 9999;
+  EXPECT_TRUE(session->IsDetectorConnected()) << "earlier slots do not count";
+  context->state.removeDetector(1);
+  EXPECT_FALSE(session->IsDetectorConnected()) << "an empty last slot";
+  session->ResetTheDetectors();
+  EXPECT_TRUE(session->resetFlag());
+  EXPECT_FALSE(session->IsDetectorConnected());
+}
+
+TEST(SessionWithoutLibrary, EveryMemberReturnsItsDefault) {
+  TestPlatform platform;
+  PluginContext context(MBdllFunctions::forLibraryAt("/nonexistent/libTamsaMBDll.so"), platform.services());
+  QuerySession session(context);
+  session.RegisterApp();
+  session.ScanAndConnectToDetector();
+  EXPECT_FALSE(session.IsDetectorConnected());
+  session.ResetTheDetectors();
+  session.CloseApp();
+  EXPECT_EQ(platform.dialogs.scan->ticks, 1) << "the scan dialog closes at once";
+  EXPECT_TRUE(platform.boxes.shown.empty())
+      << "a missing library is traced, not reported as missing detectors";
+  EXPECT_TRUE(platform.trace.contains("$ScanAndConnectToDetector$ - Error :: "));
+}
+
+}  // namespace
+}  // namespace rx9400

@@ -1,0 +1,35 @@
+// The zero-error dialog: the answer is Connect only when the user pressed Connect.
+#include <gtest/gtest.h>
+
+#include "fakes/TestPlatform.h"
+#include "session/ZeroErrorDialog.h"
+
+namespace rx9400 {
+namespace {
+
+using Answer = testing::ScriptedZeroErrorView::Answer;
+
+TEST(ZeroErrorDialog, OnlyConnectAnswersTrueAndEveryShowingStartsFalse) {
+  testing::TestPlatform platform;
+  PluginContext context(MBdllFunctions::forLibraryAt("/nonexistent"), platform.services());
+  auto& view = *platform.dialogs.zeroError;
+  ZeroErrorDialog dialog(context, view);
+  const struct {
+    Answer answer;
+    bool connect;
+  } cases[] = {
+      {Answer::Connect, true}, {Answer::Retry, false}, {Answer::Connect, true}, {Answer::Close, false}};
+  for (const auto& c : cases) {
+    view.answer = c.answer;
+    EXPECT_EQ(dialog.ask("Detector Zero Error", "4711 RX 9400WD "), c.connect);
+  }
+  EXPECT_EQ(view.showings, 4);
+  EXPECT_EQ(view.title(), "Detector Zero Error") << "the caller's caption replaces the dialog's own";
+  EXPECT_EQ(view.detectorLine, "4711 RX 9400WD ");
+  EXPECT_EQ(view.shownCaptions(),
+            (std::vector<std::string>{"Retry", "Connect", " Detector Zero Error.", "Suggestions :"}));
+  EXPECT_EQ(platform.windows.cursorMoves, 4) << "the pointer goes to the focused control on activation";
+}
+
+}  // namespace
+}  // namespace rx9400

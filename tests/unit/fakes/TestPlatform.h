@@ -1,0 +1,256 @@
+// In-process fakes of the platform services and scripted dialog views, so that the plug-in's portable
+// code runs natively against the simulator exactly as it runs inside the executive.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/PluginContext.h"
+#include "session/DialogFactory.h"
+
+namespace rx9400::testing {
+
+struct RecordingTraceSink final : TraceSink {
+  std::vector<std::string> lines;
+  bool findViewer() override { return true; }
+  void send(std::string_view line) override { lines.emplace_back(line); }
+  bool contains(const std::string& text) const {
+    for (const auto& line : lines) {
+      if (line.find(text) != std::string::npos) return true;
+    }
+    return false;
+  }
+};
+
+struct NoRegistry final : Registry {
+  std::optional<std::int32_t> topmostSetting;
+  std::optional<Key> openLocalMachineKey(std::string_view) override {
+    return topmostSetting ? std::optional<Key>(1) : std::nullopt;
+  }
+  std::optional<ValueInfo> queryValueInfo(Key, std::string_view) override { return ValueInfo{kDwordType, 4}; }
+  std::optional<std::int32_t> queryDword(Key, std::string_view) override { return topmostSetting; }
+};
+
+struct FakeWindows final : WindowSystem {
+  std::vector<WindowHandle> topmost;
+  int cursorMoves = 0;
+  std::optional<WindowRect> windowRect(WindowHandle) override { return WindowRect{0, 0, 100, 50}; }
+  void setCursorPosition(int, int) override { ++cursorMoves; }
+  void makeTopmost(WindowHandle window, int, int, int, int) override { topmost.push_back(window); }
+};
+
+struct FakeDatePicker final : DatePickerControl {
+  CalendarDate shown{2026, 11, 22};
+  CalendarDate now{2026, 11, 22};
+  CalendarDate date() override { return shown; }
+  void setDate(const CalendarDate& date) override { shown = date; }
+  std::string text() override {
+    char text[16];
+    std::snprintf(text, sizeof text, "%02d/%02d/%04d", shown.day, shown.month, shown.year);
+    return text;
+  }
+  CalendarDate today() override { return now; }
+};
+
+struct FakeSound final : Sound {
+  std::vector<std::string> calls;
+  void beep(int frequency, int milliseconds) override {
+    calls.push_back("beep " + std::to_string(frequency) + " " + std::to_string(milliseconds));
+  }
+  void sleep(int milliseconds) override { calls.push_back("sleep " + std::to_string(milliseconds)); }
+};
+
+struct FakeMessageBoxes final : MessageBoxes {
+  struct Box {
+    std::string text;
+    std::string caption;
+    int style;
+  };
+  std::vector<Box> shown;
+  std::deque<int> answers;  ///< answered in turn; kAnswerOk when none is left
+  int show(const std::string& text, const std::string& caption, int style) override {
+    shown.push_back({text, caption, style});
+    if (answers.empty()) return kAnswerOk;
+    const int answer = answers.front();
+    answers.pop_front();
+    return answer;
+  }
+};
+
+struct CountingEventPump final : EventPump {
+  int pumps = 0;
+  void pumpEvents() override { ++pumps; }
+};
+
+/// Common parts of the scripted views: captions, title, modal display.
+template <typename Interface>
+class ScriptedView : public Interface {
+ public:
+  explicit ScriptedView(std::vector<std::string> designCaptions) : captions_(std::move(designCaptions)) {}
+  void hide() override { hidden_ = true; }
+  WindowHandle window() override { return 0x1000; }
+  WindowHandle focusedControl() override { return 0x1001; }
+  void setTitle(const std::string& title) override { title_ = title; }
+  std::vector<std::string> captions() override { return captions_; }
+  void setCaptions(const std::vector<std::string>& captions) override { captions_ = captions; }
+
+  const std::string& title() const { return title_; }
+  const std::vector<std::string>& shownCaptions() const { return captions_; }
+  bool hidden() const { return hidden_; }
+  int showings = 0;
+
+ protected:
+  bool hidden_ = false;
+
+ private:
+  std::vector<std::string> captions_;
+  std::string title_;
+};
+
+/// The scan dialog run by its timer; the user presses Stop after `stopAfterTicks` ticks (never when
+/// negative). A dialog that neither closes nor is stopped fails the test after 1000 ticks.
+class ScriptedScanView final : public ScriptedView<ScanDialogView> {
+ public:
+  ScriptedScanView() : ScriptedView({"22413::Scanning...", "22412::Stop"}) {}
+  void attach(ScanDialog& presenter) override { presenter_ = &presenter; }
+  void showModal() override {
+    ++showings;
+    hidden_ = false;
+    presenter_->load();
+    presenter_->activated();
+    for (ticks = 0; !hidden_; ++ticks) {
+      if (ticks == stopAfterTicks) {
+        presenter_->stopClicked();
+        break;
+      }
+      ASSERT_LT(ticks, 1000) << "the scan dialog never closed";
+      ASSERT_TRUE(timerEnabled) << "the timer was left off with the dialog open";
+      presenter_->timerTick();
+    }
+  }
+  void setTimerEnabled(bool enabled) override { timerEnabled = enabled; }
+  void setTimerInterval(int milliseconds) override { intervals.push_back(milliseconds); }
+  int animationFrameCount() override { return 8; }
+  void showAnimationFrame(int frame) override { frames.push_back(frame); }
+
+  int stopAfterTicks = -1;
+  int ticks = 0;
+  bool timerEnabled = false;
+  std::vector<int> intervals;
+  std::vector<int> frames;
+
+ private:
+  ScanDialog* presenter_ = nullptr;
+};
+
+/// The connect dialog: on each showing, runs the next script (the user's actions) against the
+/// presenter; a showing without a script, or whose script ends with the dialog open, is closed.
+class ScriptedConnectView final : public ScriptedView<ConnectDialogView> {
+ public:
+  using Script = std::function<void(ConnectDialog&, ScriptedConnectView&)>;
+  ScriptedConnectView() : ScriptedView({"25701::Select Detector(s)", "22407::Connect", "22408::Cancel"}) {}
+  void attach(ConnectDialog& presenter) override { presenter_ = &presenter; }
+  void showModal() override {
+    ++showings;
+    hidden_ = false;
+    presenter_->load();
+    if (!scripts.empty()) {
+      Script script = scripts.front();
+      scripts.pop_front();
+      script(*presenter_, *this);
+    }
+  }
+  void setRows(const std::vector<DetectorRow>& newRows) override {
+    rows = newRows;
+    ticks.assign(rows.size(), false);
+  }
+  std::vector<bool> tickedRows() override { return ticks; }
+  void setDetails(const DetectorDetails& newDetails) override { details = newDetails; }
+  void setRadioStates(int usb, int zigBee) override { radio = {usb, zigBee}; }
+
+  /// Ticks the rows with these kind words.
+  void tickKinds(std::initializer_list<const char*> kinds) {
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      for (const char* kind : kinds) {
+        if (rows[i].kind == kind) ticks[i] = true;
+      }
+    }
+  }
+
+  std::deque<Script> scripts;
+  std::vector<DetectorRow> rows;
+  std::vector<bool> ticks;
+  DetectorDetails details;
+  std::vector<int> radio;
+
+ private:
+  ConnectDialog* presenter_ = nullptr;
+};
+
+class ScriptedZeroErrorView final : public ScriptedView<ZeroErrorDialogView> {
+ public:
+  enum class Answer { Retry, Connect, Close };
+  ScriptedZeroErrorView()
+      : ScriptedView(
+            {"22418::Retry", "22407::Connect", "22415:: Detector Zero Error.", "22409::Suggestions :"}) {}
+  void attach(ZeroErrorDialog& presenter) override { presenter_ = &presenter; }
+  void showModal() override {
+    ++showings;
+    hidden_ = false;
+    presenter_->load();
+    presenter_->activated();
+    switch (answer) {
+      case Answer::Retry:
+        presenter_->retryClicked();
+        break;
+      case Answer::Connect:
+        presenter_->connectClicked();
+        break;
+      case Answer::Close:
+        break;
+    }
+  }
+  void setDetectorLine(const std::string& line) override { detectorLine = line; }
+
+  Answer answer = Answer::Retry;
+  std::string detectorLine;
+
+ private:
+  ZeroErrorDialog* presenter_ = nullptr;
+};
+
+/// Hands out the scripted views, which the test configures before the code shows them.
+struct ScriptedDialogs final : DialogFactory {
+  std::shared_ptr<ScriptedScanView> scan = std::make_shared<ScriptedScanView>();
+  std::shared_ptr<ScriptedConnectView> connect = std::make_shared<ScriptedConnectView>();
+  std::shared_ptr<ScriptedZeroErrorView> zeroError = std::make_shared<ScriptedZeroErrorView>();
+
+  std::shared_ptr<ScanDialogView> newScanView() override { return scan; }
+  std::shared_ptr<ConnectDialogView> newConnectView() override { return connect; }
+  std::shared_ptr<ZeroErrorDialogView> newZeroErrorView() override { return zeroError; }
+};
+
+/// Every fake service, and a plug-in context over them and the given device library.
+struct TestPlatform {
+  DefaultLanguage language;
+  RecordingTraceSink trace;
+  NoRegistry registry;
+  FakeWindows windows;
+  FakeDatePicker datePicker;
+  FakeSound sound;
+  FakeMessageBoxes boxes;
+  CountingEventPump pump;
+  ScriptedDialogs dialogs;
+
+  PlatformServices services() {
+    return PlatformServices{language, trace, registry, windows, datePicker, sound, boxes, pump, dialogs};
+  }
+};
+
+}  // namespace rx9400::testing
