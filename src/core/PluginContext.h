@@ -8,9 +8,11 @@
 #include "core/SharedState.h"
 #include "core/Trace.h"
 #include "device/MBdllFunctions.h"
+#include "platform/Clock.h"
 #include "platform/DatePickerControl.h"
 #include "platform/LanguageService.h"
 #include "platform/MessageBoxes.h"
+#include "platform/NoticeBoxes.h"
 #include "platform/Registry.h"
 #include "platform/Sound.h"
 #include "platform/TraceSink.h"
@@ -31,6 +33,9 @@ struct PlatformServices {
   MessageBoxes& messageBoxes;
   EventPump& eventPump;
   DialogFactory& dialogs;
+  Clock& clock;
+  NumberFormat& numberFormat;
+  NoticeBoxes& noticeBoxes;
 };
 
 struct PluginContext {

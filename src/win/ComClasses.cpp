@@ -12,6 +12,7 @@
 #include "win/EventSource.h"
 #include "win/TamsaRX9400VTI_h.h"
 #include "win/Win32Language.h"
+#include "win/Win32NoticeBoxes.h"
 #include "win/Win32Platform.h"
 #include "win/dialogs/Win32Dialogs.h"
 
@@ -30,9 +31,13 @@ PluginContext& pluginContext() {
   static Win32MessageBoxes messageBoxes;
   static Win32EventPump eventPump;
   static Win32Dialogs dialogs;
-  static PluginContext context(MBdllFunctions::forInstalledLibrary(),
-                               PlatformServices{language, traceSink, registry, windows, datePicker, sound,
-                                                messageBoxes, eventPump, dialogs});
+  static Win32Clock clock;
+  static Win32NumberFormat numberFormat;
+  static Win32NoticeBoxes noticeBoxes;
+  static PluginContext context(
+      MBdllFunctions::forInstalledLibrary(),
+      PlatformServices{language, traceSink, registry, windows, datePicker, sound, messageBoxes, eventPump,
+                       dialogs, clock, numberFormat, noticeBoxes});
   static const bool reporting = [] {
     setFailureReporter([](const char* member, const char* what) {
       pluginContext().trace.trace({"$" + std::string(member) + "$ - Error :: " + what});

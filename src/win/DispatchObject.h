@@ -70,13 +70,15 @@ class DispatchObject : public Interface, public ISupportErrorInfo, public IProvi
     *typeInfo = typeInfo_;
     return S_OK;
   }
-  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
+  STDMETHODIMP GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
+    if (!IsEqualIID(iid, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
     const HRESULT hr = loadTypeInfo();
     if (FAILED(hr)) return hr;
     return DispGetIDsOfNames(typeInfo_, names, count, ids);
   }
-  STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
+  STDMETHODIMP Invoke(DISPID id, REFIID iid, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                       EXCEPINFO* exception, UINT* argumentError) override {
+    if (!IsEqualIID(iid, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
     const HRESULT hr = loadTypeInfo();
     if (FAILED(hr)) return hr;
     ByRefArguments arguments(typeInfo_, id, flags, parameters);

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <mmsystem.h>
 
 #include <string>
 
@@ -47,6 +48,16 @@ std::wstring toWide(std::string_view utf8) {
 }
 std::string fromWide(std::wstring_view text) {
   return narrow(text, CP_UTF8);
+}
+
+std::uint32_t Win32Clock::milliseconds() {
+  return timeGetTime();
+}
+
+std::string Win32NumberFormat::decimalSeparator() {
+  wchar_t separator[8] = {};
+  if (GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, separator, 8) == 0) return ".";
+  return fromWide(separator);
 }
 
 void Win32Sound::beep(int frequency, int milliseconds) {

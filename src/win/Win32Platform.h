@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include "platform/Clock.h"
 #include "platform/DatePickerControl.h"
 #include "platform/MessageBoxes.h"
 #include "platform/Registry.h"
@@ -70,6 +71,18 @@ class Win32MessageBoxes final : public MessageBoxes {
 class Win32EventPump final : public EventPump {
  public:
   void pumpEvents() override;
+};
+
+/// The system's millisecond clock (timeGetTime).
+class Win32Clock final : public Clock {
+ public:
+  std::uint32_t milliseconds() override;
+};
+
+/// The user's locale's number format.
+class Win32NumberFormat final : public NumberFormat {
+ public:
+  std::string decimalSeparator() override;
 };
 
 /// UTF-8 to UTF-16 and back.

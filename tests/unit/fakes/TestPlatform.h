@@ -88,6 +88,43 @@ struct CountingEventPump final : EventPump {
   void pumpEvents() override { ++pumps; }
 };
 
+struct ManualClock final : Clock {
+  std::uint32_t now = 1000;
+  std::uint32_t milliseconds() override { return now; }
+};
+
+struct FixedNumberFormat final : NumberFormat {
+  std::string separator = ".";
+  std::string decimalSeparator() override { return separator; }
+};
+
+/// Notice boxes that record what they showed; a test presses their buttons.
+struct RecordingNoticeBoxes final : NoticeBoxes {
+  struct Box final : NoticeBox {
+    std::string heading, message, button1, button2, caption;
+    bool shown = false;
+    bool closed = false;
+    std::function<void()> onButton1, onButton2;
+    void show() override { shown = true; }
+    void close() override { closed = true; }
+    void setHeading(const std::string& text) override { heading = text; }
+    void setMessage(const std::string& text) override { message = text; }
+    void setButton1(const std::string& text) override { button1 = text; }
+    void setButton2(const std::string& text) override { button2 = text; }
+    void setCaption(const std::string& text) override { caption = text; }
+  };
+  /// Every box created, alive or not (the instrument owns the live ones).
+  std::vector<Box*> boxes;
+  std::unique_ptr<NoticeBox> create(std::function<void()> onButton1,
+                                    std::function<void()> onButton2) override {
+    auto box = std::make_unique<Box>();
+    box->onButton1 = std::move(onButton1);
+    box->onButton2 = std::move(onButton2);
+    boxes.push_back(box.get());
+    return box;
+  }
+};
+
 /// Common parts of the scripted views: captions, title, modal display.
 template <typename Interface>
 class ScriptedView : public Interface {
@@ -247,9 +284,13 @@ struct TestPlatform {
   FakeMessageBoxes boxes;
   CountingEventPump pump;
   ScriptedDialogs dialogs;
+  ManualClock clock;
+  FixedNumberFormat numberFormat;
+  RecordingNoticeBoxes notices;
 
   PlatformServices services() {
-    return PlatformServices{language, trace, registry, windows, datePicker, sound, boxes, pump, dialogs};
+    return PlatformServices{language, trace, registry, windows, datePicker,   sound,
+                            boxes,    pump,  dialogs,  clock,   numberFormat, notices};
   }
 };
 

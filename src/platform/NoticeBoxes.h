@@ -1,0 +1,32 @@
+// Modeless notice boxes with a heading, a message and two custom buttons (the executive's
+// message-box component).
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace rx9400 {
+
+class NoticeBox {
+ public:
+  virtual ~NoticeBox() = default;
+  /// Shows the box and returns at once; its buttons answer later, from the message loop.
+  virtual void show() = 0;
+  virtual void close() = 0;
+  virtual void setHeading(const std::string& text) = 0;
+  virtual void setMessage(const std::string& text) = 0;
+  virtual void setButton1(const std::string& text) = 0;
+  /// An empty text leaves the second button without a caption.
+  virtual void setButton2(const std::string& text) = 0;
+  virtual void setCaption(const std::string& text) = 0;
+};
+
+class NoticeBoxes {
+ public:
+  virtual ~NoticeBoxes() = default;
+  /// A new box whose buttons call these handlers.
+  virtual std::unique_ptr<NoticeBox> create(std::function<void()> onButton1, std::function<void()> onButton2) = 0;
+};
+
+}  // namespace rx9400
