@@ -14,21 +14,78 @@
 namespace rx9400 {
 namespace {
 
+/// Adds one to a string of decimal digits.
+void increment(std::string& digits) {
+  for (auto it = digits.rbegin(); it != digits.rend(); ++it) {
+    if (*it != '9') {
+      ++*it;
+      return;
+    }
+    *it = '0';
+  }
+  digits.insert(digits.begin(), '1');
+}
+
 std::string withSeparator(std::string text, std::string_view decimalSeparator) {
   const auto point = text.find('.');
   if (point != std::string::npos && decimalSeparator != ".") text.replace(point, 1, decimalSeparator);
   return text;
 }
 
-/// "%.<precision>G": shortest of fixed and exponent form, trailing zeros dropped, exponent "E-05".
+/// The first `precision` significant digits of |value|, rounded half away from zero on the exact
+/// binary value, and the decimal exponent of the first digit (|value| ~ d.ddd x 10^exponent).
+template <typename Number>
+void roundedDigits(Number value, int precision, std::string& digits, int& exponent) {
+  // Forty digits of the exact expansion: the digit after the last kept one is exact (a carry from
+  // the digits beyond would need twenty-odd nines in a row).
+  char buffer[80];
+  const auto result = std::to_chars(buffer, buffer + sizeof(buffer), value < 0 ? -value : value,
+                                    std::chars_format::scientific, 40);
+  const std::string text(buffer, result.ptr);  // "d.ddd...e+xx"
+  const auto e = text.find('e');
+  const std::string all = text.substr(0, 1) + text.substr(2, e - 2);
+  exponent = std::stoi(text.substr(e + 1));
+  digits = all.substr(0, static_cast<std::size_t>(precision));
+  if (all[static_cast<std::size_t>(precision)] >= '5') {
+    increment(digits);
+    if (digits.size() > static_cast<std::size_t>(precision)) {  // 9.99... became 10.00...
+      digits.pop_back();
+      ++exponent;
+    }
+  }
+}
+
+/// "%.<precision>G" as the platform writes it: the fixed form for exponents from -5 up to below
+/// `precision`, else "d.dddE+xx"; trailing zeros dropped; halves rounded away from zero.
 template <typename Number>
 std::string generalText(Number value, int precision, std::string_view decimalSeparator) {
   if (value == 0) return "0";  // negative zero too
-  char buffer[64];
-  const auto result =
-      std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general, precision);
-  std::string text(buffer, result.ptr);
-  std::replace(text.begin(), text.end(), 'e', 'E');
+  if (!std::isfinite(value)) {
+    char buffer[16];
+    const auto result = std::to_chars(buffer, buffer + sizeof(buffer), value);
+    return std::string(buffer, result.ptr);
+  }
+  std::string digits;
+  int exponent = 0;
+  roundedDigits(value, precision, digits, exponent);
+  digits.erase(digits.find_last_not_of('0') + 1);
+  std::string text = value < 0 ? "-" : "";
+  if (exponent < -4 || exponent >= precision) {
+    text += digits.substr(0, 1);
+    if (digits.size() > 1) text += "." + digits.substr(1);
+    text += exponent < 0 ? "E-" : "E+";
+    const std::string magnitude = std::to_string(exponent < 0 ? -exponent : exponent);
+    text += (magnitude.size() < 2 ? "0" : "") + magnitude;
+  } else if (exponent < 0) {
+    text += "0." + std::string(static_cast<std::size_t>(-exponent - 1), '0') + digits;
+  } else {
+    const auto whole = static_cast<std::size_t>(exponent + 1);
+    if (digits.size() <= whole) {
+      text += digits + std::string(whole - digits.size(), '0');
+    } else {
+      text += digits.substr(0, whole) + "." + digits.substr(whole);
+    }
+  }
   return withSeparator(std::move(text), decimalSeparator);
 }
 
@@ -42,18 +99,6 @@ void decimalDigits(double value, std::string& digits, int& exponent) {
   const auto e = text.find('e');
   digits = text.substr(0, 1) + text.substr(2, e - 2);
   exponent = std::stoi(text.substr(e + 1));
-}
-
-/// Adds one to a string of decimal digits.
-void increment(std::string& digits) {
-  for (auto it = digits.rbegin(); it != digits.rend(); ++it) {
-    if (*it != '9') {
-      ++*it;
-      return;
-    }
-    *it = '0';
-  }
-  digits.insert(digits.begin(), '1');
 }
 
 }  // namespace
@@ -135,7 +180,6 @@ std::string formatPicture(double value, int integerDigits, int decimals, std::st
       scaled.assign(1, '1');
     }
   }
-  const bool zero = scaled.find_first_not_of('0') == std::string::npos;
   const std::size_t width = static_cast<std::size_t>(integerDigits + decimals);
   if (scaled.size() < width) scaled.insert(0, width - scaled.size(), '0');
   std::string text = scaled.substr(0, scaled.size() - static_cast<std::size_t>(decimals));
@@ -143,7 +187,8 @@ std::string formatPicture(double value, int integerDigits, int decimals, std::st
     text += decimalSeparator;
     text += scaled.substr(scaled.size() - static_cast<std::size_t>(decimals));
   }
-  if (value < 0 && !zero) text.insert(text.begin(), '-');
+  // A negative value keeps its sign even where it rounds to zero ("-0.0"), as the platform writes it.
+  if (value < 0) text.insert(text.begin(), '-');
   return text;
 }
 

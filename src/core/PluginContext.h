@@ -34,7 +34,7 @@ struct PlatformServices {
   EventPump& eventPump;
   DialogFactory& dialogs;
   Clock& clock;
-  NumberFormat& numberFormat;
+  Locale& locale;
   NoticeBoxes& noticeBoxes;
 };
 

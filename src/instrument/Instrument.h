@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <variant>
@@ -109,9 +110,67 @@ class Instrument {
   std::string GetCalConst();
   std::string pDetectorName(std::int32_t lIndexCount);
 
+  /// The dose and dose-rate scaling by mode and dose unit, as a Single.
+  float ScaleDoseValue(double value);
+  /// A measured value's text by its status: the number, the number with "*", or the catalogue's
+  /// over-range and under-range texts.
+  std::string FormatMeasuredValue(std::int32_t status, float value);
+
  private:
+  // Settings.
+  bool modeIs(std::string_view literal);
+  bool settingsAre(std::string_view literal);
+  template <typename Action>
+  void forAioSlots(Action action);
+  void repairDosimeterRecords(std::int32_t id);
+
+  // Polling, one slot at a time; each answers false when the pass must end.
+  bool pollConnectionAndBattery(std::size_t slot, std::int32_t id, const DetectorStatus& status);
+  bool pollAio(std::size_t slot, std::int32_t id, const DetectorStatus& status);
+  void pollDosimeter(std::size_t slot, std::int32_t id);
+  void pollMas(std::int32_t id, std::int32_t kind);
+  void announceWaveform(bool aio, std::int32_t id);
+  void announceWaveforms();
+  void closeSleepNotice(std::size_t slot);
+  void showNotice(const std::string& caption, const std::string& heading, const std::string& message);
+  void threeBeeps(int milliseconds);
+
   PluginContext& context_;
   InstrumentEvents& events_;
+
+  std::string currentMode_;
+  std::string currentSettings_;
+  float resolution_ = 0;
+  std::uint32_t lastActivity_ = 0;
+
+  // Per exposure.
+  std::string exposureTimeText_;
+  std::string kvpText_;
+  std::string doseText_;
+  std::int32_t doseStatus_ = 0;
+  bool dataTaken_ = false;
+  bool exposureFinished_ = false;
+  bool masExposureFinished_ = false;
+  bool aioWaveformPending_ = false;
+  bool masWaveformPending_ = false;
+  bool masZeroingNotice_ = false;
+  bool masWakeFlag_ = false;
+  bool errorNoticeShown_ = false;
+  bool sensorResetNoticeShown_ = false;
+  bool dosimeterFlag_ = false;
+  DetectorStatus lastStatus_{};
+
+  // Dosimeter settings.
+  std::int32_t temperatureUnit_ = 1;
+  std::int32_t pressureUnit_ = 2;
+  std::string dosimeterModeText_;
+  bool settingsLocked_ = false;  ///< the ADCF and unit records are left alone while set
+  bool preferSecondDoseUnit_ = false;
+  std::int32_t masInputType_ = 1;
+
+  // Notices on screen.
+  std::unique_ptr<NoticeBox> generalBox_;
+  std::unique_ptr<NoticeBox> sleepBox_;
 };
 
 }  // namespace rx9400

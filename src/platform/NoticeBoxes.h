@@ -26,7 +26,8 @@ class NoticeBoxes {
  public:
   virtual ~NoticeBoxes() = default;
   /// A new box whose buttons call these handlers.
-  virtual std::unique_ptr<NoticeBox> create(std::function<void()> onButton1, std::function<void()> onButton2) = 0;
+  virtual std::unique_ptr<NoticeBox> create(std::function<void()> onButton1,
+                                            std::function<void()> onButton2) = 0;
 };
 
 }  // namespace rx9400

@@ -32,12 +32,12 @@ PluginContext& pluginContext() {
   static Win32EventPump eventPump;
   static Win32Dialogs dialogs;
   static Win32Clock clock;
-  static Win32NumberFormat numberFormat;
+  static Win32Locale locale;
   static Win32NoticeBoxes noticeBoxes;
   static PluginContext context(
       MBdllFunctions::forInstalledLibrary(),
       PlatformServices{language, traceSink, registry, windows, datePicker, sound, messageBoxes, eventPump,
-                       dialogs, clock, numberFormat, noticeBoxes});
+                       dialogs, clock, locale, noticeBoxes});
   static const bool reporting = [] {
     setFailureReporter([](const char* member, const char* what) {
       pluginContext().trace.trace({"$" + std::string(member) + "$ - Error :: " + what});

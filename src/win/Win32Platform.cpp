@@ -54,7 +54,14 @@ std::uint32_t Win32Clock::milliseconds() {
   return timeGetTime();
 }
 
-std::string Win32NumberFormat::decimalSeparator() {
+std::string Win32Locale::toAnsi(const std::string& text) {
+  return win::toAnsi(text);
+}
+std::string Win32Locale::fromAnsi(const std::string& bytes) {
+  return win::fromAnsi(bytes);
+}
+
+std::string Win32Locale::decimalSeparator() {
   wchar_t separator[8] = {};
   if (GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, separator, 8) == 0) return ".";
   return fromWide(separator);
@@ -166,12 +173,12 @@ HWND Win32DatePickerControl::control() {
 }
 
 CalendarDate Win32DatePickerControl::date() {
-  SYSTEMTIME time{};
-  if (control() == nullptr || DateTime_GetSystemtime(control_, &time) != GDT_VALID) return today();
-  return CalendarDate{time.wYear, time.wMonth, time.wDay};
+  if (!date_) date_ = today();
+  return *date_;
 }
 
 void Win32DatePickerControl::setDate(const CalendarDate& date) {
+  date_ = date;
   SYSTEMTIME time{};
   time.wYear = static_cast<WORD>(date.year);
   time.wMonth = static_cast<WORD>(date.month);
@@ -182,7 +189,7 @@ void Win32DatePickerControl::setDate(const CalendarDate& date) {
 std::string Win32DatePickerControl::text() {
   const CalendarDate shown = date();
   wchar_t buffer[128] = {};
-  // The control's own rendering when it gives one, else the user's short date format it follows.
+  // The control's own rendering when there is a control, else the user's short date format it follows.
   if (control() != nullptr && GetWindowTextW(control_, buffer, 128) > 0) return narrow(buffer, CP_UTF8);
   SYSTEMTIME time{};
   time.wYear = static_cast<WORD>(shown.year);

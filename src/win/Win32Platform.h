@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <optional>
+
 #include "platform/Clock.h"
 #include "platform/DatePickerControl.h"
 #include "platform/MessageBoxes.h"
@@ -54,6 +56,8 @@ class Win32DatePickerControl final : public DatePickerControl {
  private:
   HWND control();
   HWND control_ = nullptr;
+  /// The date shown, kept here too, so that the text is right even without the control.
+  std::optional<CalendarDate> date_;
 };
 
 class Win32Sound final : public Sound {
@@ -79,10 +83,12 @@ class Win32Clock final : public Clock {
   std::uint32_t milliseconds() override;
 };
 
-/// The user's locale's number format.
-class Win32NumberFormat final : public NumberFormat {
+/// The user's locale: its decimal separator and the system's default code page.
+class Win32Locale final : public Locale {
  public:
   std::string decimalSeparator() override;
+  std::string toAnsi(const std::string& text) override;
+  std::string fromAnsi(const std::string& bytes) override;
 };
 
 /// UTF-8 to UTF-16 and back.

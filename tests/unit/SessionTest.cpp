@@ -40,8 +40,9 @@ class Session : public ::testing::Test {
         all.begin(), all.end(), [&](const std::string& call) { return call.rfind(prefix, 0) == 0; }));
   }
   /// The user ticks these kinds and presses Connect, then closes the dialog if it is still open.
-  static ScriptedConnectView::Script tickAndConnect(std::initializer_list<const char*> kinds) {
-    return [kinds](ConnectDialog& dialog, ScriptedConnectView& view) {
+  static ScriptedConnectView::Script tickAndConnect(std::initializer_list<const char*> kindList) {
+    return [kinds = std::vector<std::string>(kindList.begin(), kindList.end())](ConnectDialog& dialog,
+                                                                                ScriptedConnectView& view) {
       view.tickKinds(kinds);
       dialog.connectClicked();
     };

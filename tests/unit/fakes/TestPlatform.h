@@ -93,35 +93,69 @@ struct ManualClock final : Clock {
   std::uint32_t milliseconds() override { return now; }
 };
 
-struct FixedNumberFormat final : NumberFormat {
+/// A locale with a chosen decimal separator and Latin-1 as its code page.
+struct FixedLocale final : Locale {
   std::string separator = ".";
   std::string decimalSeparator() override { return separator; }
+  std::string toAnsi(const std::string& text) override {
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      const auto c = static_cast<unsigned char>(text[i]);
+      if (c < 0x80) {
+        bytes.push_back(static_cast<char>(c));
+      } else if ((c & 0xE0) == 0xC0 && i + 1 < text.size()) {
+        bytes.push_back(
+            static_cast<char>(((c & 0x1F) << 6) | (static_cast<unsigned char>(text[++i]) & 0x3F)));
+      } else {
+        bytes.push_back('?');
+      }
+    }
+    return bytes;
+  }
+  std::string fromAnsi(const std::string& bytes) override {
+    std::string text;
+    for (const char b : bytes) {
+      const auto c = static_cast<unsigned char>(b);
+      if (c < 0x80) {
+        text.push_back(b);
+      } else {
+        text.push_back(static_cast<char>(0xC0 | (c >> 6)));
+        text.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+      }
+    }
+    return text;
+  }
 };
 
-/// Notice boxes that record what they showed; a test presses their buttons.
+/// Notice boxes that record what they showed; a test presses their buttons. The records outlive the
+/// boxes the instrument owns and destroys.
 struct RecordingNoticeBoxes final : NoticeBoxes {
-  struct Box final : NoticeBox {
+  struct Record {
     std::string heading, message, button1, button2, caption;
     bool shown = false;
     bool closed = false;
     std::function<void()> onButton1, onButton2;
-    void show() override { shown = true; }
-    void close() override { closed = true; }
-    void setHeading(const std::string& text) override { heading = text; }
-    void setMessage(const std::string& text) override { message = text; }
-    void setButton1(const std::string& text) override { button1 = text; }
-    void setButton2(const std::string& text) override { button2 = text; }
-    void setCaption(const std::string& text) override { caption = text; }
   };
-  /// Every box created, alive or not (the instrument owns the live ones).
-  std::vector<Box*> boxes;
+  struct Box final : NoticeBox {
+    explicit Box(std::shared_ptr<Record> to) : record(std::move(to)) {}
+    std::shared_ptr<Record> record;
+    void show() override { record->shown = true; }
+    void close() override { record->closed = true; }
+    void setHeading(const std::string& text) override { record->heading = text; }
+    void setMessage(const std::string& text) override { record->message = text; }
+    void setButton1(const std::string& text) override { record->button1 = text; }
+    void setButton2(const std::string& text) override { record->button2 = text; }
+    void setCaption(const std::string& text) override { record->caption = text; }
+  };
+  /// Every box created, in order.
+  std::vector<std::shared_ptr<Record>> boxes;
   std::unique_ptr<NoticeBox> create(std::function<void()> onButton1,
                                     std::function<void()> onButton2) override {
-    auto box = std::make_unique<Box>();
-    box->onButton1 = std::move(onButton1);
-    box->onButton2 = std::move(onButton2);
-    boxes.push_back(box.get());
-    return box;
+    auto record = std::make_shared<Record>();
+    record->onButton1 = std::move(onButton1);
+    record->onButton2 = std::move(onButton2);
+    boxes.push_back(record);
+    return std::make_unique<Box>(record);
   }
 };
 
@@ -212,9 +246,9 @@ class ScriptedConnectView final : public ScriptedView<ConnectDialogView> {
   void setRadioStates(int usb, int zigBee) override { radio = {usb, zigBee}; }
 
   /// Ticks the rows with these kind words.
-  void tickKinds(std::initializer_list<const char*> kinds) {
+  void tickKinds(const std::vector<std::string>& kinds) {
     for (std::size_t i = 0; i < rows.size(); ++i) {
-      for (const char* kind : kinds) {
+      for (const std::string& kind : kinds) {
         if (rows[i].kind == kind) ticks[i] = true;
       }
     }
@@ -285,12 +319,12 @@ struct TestPlatform {
   CountingEventPump pump;
   ScriptedDialogs dialogs;
   ManualClock clock;
-  FixedNumberFormat numberFormat;
+  FixedLocale locale;
   RecordingNoticeBoxes notices;
 
   PlatformServices services() {
-    return PlatformServices{language, trace, registry, windows, datePicker,   sound,
-                            boxes,    pump,  dialogs,  clock,   numberFormat, notices};
+    return PlatformServices{language, trace, registry, windows, datePicker, sound,
+                            boxes,    pump,  dialogs,  clock,   locale,     notices};
   }
 };
 
