@@ -1,13 +1,48 @@
 #!/usr/bin/env bash
-# The main job on a fresh Debian 12 machine: builds the plug-in's device layer and the detector
-# simulator, then scans the simulator's detectors through the plug-in's wrapper and lists them.
-# Point it at a scenario of your own with TAMSA_SIM_SCENARIO=path/to/scenario.json.
+# The main job on a fresh Debian 12 machine: a test procedure run through the plug-in against the
+# detector simulator, the way the executive runs it. It installs what is missing, builds the Windows
+# plug-in, registers it in a private Wine prefix, and runs rx9400-demo: register, scan and connect
+# (the dialogs are shown on a virtual display and picked by an automation tool), push the settings,
+# arm, poll until the exposure is measured, and print the measured values. Pictures of the dialogs
+# are saved in build/demo/.
+#
+# Point it at a scenario of your own with TAMSA_SIM_SCENARIO=path/to/scenario.json (sim/README.md).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh
 
-ensure_packages
-build_preset native --target rx9400-probe TamsaMBDll >/dev/null
-echo "Detectors of the simulator${TAMSA_SIM_SCENARIO:+ (scenario $TAMSA_SIM_SCENARIO)}:"
+if [ -z "${RX9400_DEMO_ON_XVFB:-}" ]; then
+  ensure_packages
+  echo "Building the Windows plug-in and the detector simulator..."
+  build_preset mingw64 >/dev/null
+  # A Wine session opens its windows on the display it started with: the whole run gets its own.
+  exec env RX9400_DEMO_ON_XVFB=1 xvfb-run -a -s "-screen 0 1280x800x24" bash "$0" "$@"
+fi
+
+use_wine_prefix
+wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1 || true
+bin=build/mingw64/bin
+pictures=build/demo
+rm -rf "$pictures" && mkdir -p "$pictures"
+if [ -n "${TAMSA_SIM_SCENARIO:-}" ]; then
+  export TAMSA_SIM_SCENARIO="$(winepath -w "$(realpath "$TAMSA_SIM_SCENARIO")")"
+  echo "Scenario: $TAMSA_SIM_SCENARIO"
+fi
+wine regsvr32 /s "$(winepath -w "$bin/TamsaRX9400VTI.dll")"
+
+automate() { timeout 300 wine "$bin/rx9400-automate.exe" --artifacts="$(winepath -w "$pictures")" "$@"; }
+# The scan is over in a second: its picture is taken on the side, when the dialog is caught.
+(automate --timeout=30 --process=rx9400-demo.exe window "Scanning..." screenshot scan-dialog.bmp \
+   >/dev/null 2>&1 || true) &
+status=0
+automate --timeout=60 --run="$(winepath -w "$bin/rx9400-demo.exe")" \
+  window "Establish Connection" screenshot connect-dialog.bmp tick 0 tick 1 screenshot connect-ticked.bmp \
+  click Connect gone 2>&1 | grep -v '^rx9400-automate: ' || status=${PIPESTATUS[0]}
+wait
+for picture in "$pictures"/*.bmp; do
+  [ -f "$picture" ] && convert "$picture" "${picture%.bmp}.png" && rm -f "$picture"
+done
+wineserver -k 2>/dev/null || true
 echo
-build/native/bin/rx9400-probe --library "$PWD/build/native/bin/libTamsaMBDll.so"
+echo "Pictures of the dialogs: $(ls "$pictures"/*.png 2>/dev/null | tr '\n' ' ')"
+exit "$status"
