@@ -10,28 +10,12 @@
 #include <vector>
 
 #include "device/MBdllFunctions.h"
+#include "session/ConnectDialog.h"
 
 namespace {
 
 using rx9400::DetectorInfo;
 using rx9400::MBdllFunctions;
-
-const char* kindWord(std::int32_t typeCode) {
-  switch (typeCode) {
-    case 1:
-      return "AIO";
-    case 2:
-      return "MAS";
-    case 3:
-      return "DOSE";
-    case 4:
-      return "AIO+MAS";
-    case 5:
-      return "DOSE+MAS";
-    default:
-      return "?";
-  }
-}
 
 std::string dateText(const rx9400::CalDate& date) {
   char text[16];
@@ -98,10 +82,10 @@ int listDetectors(MBdllFunctions& library, int maxPolls) {
       const auto status = library.MBGetBatteryStatus(info.identifier);
       battery = std::to_string(status.chargePercent) + "%" + (status.chargingState != 0 ? " charging" : "");
     }
-    std::printf("%-9s %10d %8d %-13s %-10s %-10s %-9s %s\n", kindWord(kinds[i]), info.identifier,
-                info.serialNumber, versionText(info).c_str(), dateText(info.calibrationDate).c_str(),
-                dateText(info.calibrationDueDate).c_str(), info.selfTestResult == 0 ? "passed" : "FAILED",
-                battery.c_str());
+    std::printf("%-9s %10d %8d %-13s %-10s %-10s %-9s %s\n", rx9400::detectorKindWord(kinds[i]).c_str(),
+                info.identifier, info.serialNumber, versionText(info).c_str(),
+                dateText(info.calibrationDate).c_str(), dateText(info.calibrationDueDate).c_str(),
+                info.selfTestResult == 0 ? "passed" : "FAILED", battery.c_str());
   }
   library.MBCloseApplication();
   return 0;

@@ -7,37 +7,21 @@
 #include <vector>
 
 #include "win/ComSupport.h"
+#include "win/SingleInterface.h"
 
 namespace rx9400::win {
 namespace {
 
 /// IDispatch by a fixed table of names, for objects without a type library.
-class NamedDispatch : public IDispatch {
+class NamedDispatch : public SingleInterface<IDispatch> {
  public:
   struct Name {
     const wchar_t* name;
     DISPID id;
   };
 
-  explicit NamedDispatch(std::vector<Name> names) : names_(std::move(names)) {}
-  virtual ~NamedDispatch() = default;
-  NamedDispatch(const NamedDispatch&) = delete;
-  NamedDispatch& operator=(const NamedDispatch&) = delete;
-
-  STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    *out = nullptr;
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IDispatch)) return E_NOINTERFACE;
-    *out = static_cast<IDispatch*>(this);
-    AddRef();
-    return S_OK;
-  }
-  STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
-  STDMETHODIMP_(ULONG) Release() override {
-    const LONG remaining = InterlockedDecrement(&references_);
-    if (remaining == 0) delete this;
-    return static_cast<ULONG>(remaining);
-  }
+  explicit NamedDispatch(std::vector<Name> names)
+      : SingleInterface(IID_IDispatch), names_(std::move(names)) {}
   STDMETHODIMP GetTypeInfoCount(UINT* count) override {
     if (count == nullptr) return E_POINTER;
     *count = 0;
@@ -76,7 +60,6 @@ class NamedDispatch : public IDispatch {
   }
 
  private:
-  LONG references_ = 1;
   std::vector<Name> names_;
 };
 
@@ -117,32 +100,16 @@ class CaptionControl final : public NamedDispatch {
   std::string& caption_;
 };
 
-class ControlEnumerator final : public IEnumVARIANT {
+class ControlEnumerator final : public SingleInterface<IEnumVARIANT> {
  public:
   ControlEnumerator(std::vector<IDispatch*> items, ULONG position)
-      : items_(std::move(items)), position_(position) {
+      : SingleInterface(IID_IEnumVARIANT), items_(std::move(items)), position_(position) {
     for (IDispatch* item : items_) item->AddRef();
   }
-  ~ControlEnumerator() {
+  ~ControlEnumerator() override {
     for (IDispatch* item : items_) item->Release();
   }
-  ControlEnumerator(const ControlEnumerator&) = delete;
-  ControlEnumerator& operator=(const ControlEnumerator&) = delete;
 
-  STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    *out = nullptr;
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IEnumVARIANT)) return E_NOINTERFACE;
-    *out = static_cast<IEnumVARIANT*>(this);
-    AddRef();
-    return S_OK;
-  }
-  STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
-  STDMETHODIMP_(ULONG) Release() override {
-    const LONG remaining = InterlockedDecrement(&references_);
-    if (remaining == 0) delete this;
-    return static_cast<ULONG>(remaining);
-  }
   STDMETHODIMP Next(ULONG wanted, VARIANT* values, ULONG* fetched) override {
     if (values == nullptr) return E_POINTER;
     ULONG count = 0;
@@ -173,7 +140,6 @@ class ControlEnumerator final : public IEnumVARIANT {
   }
 
  private:
-  LONG references_ = 1;
   std::vector<IDispatch*> items_;
   ULONG position_;
 };

@@ -1,6 +1,8 @@
 // One outgoing event interface: sinks by cookie, events fired through IDispatch::Invoke.
 #include "win/ConnectionPoint.h"
 
+#include "win/SingleInterface.h"
+
 #include <olectl.h>
 
 #include <new>
@@ -9,30 +11,13 @@ namespace rx9400::win {
 namespace {
 
 /// Enumerates the single connection point of an object.
-class SingleConnectionPointEnumerator final : public IEnumConnectionPoints {
+class SingleConnectionPointEnumerator final : public SingleInterface<IEnumConnectionPoints> {
  public:
   explicit SingleConnectionPointEnumerator(IConnectionPoint* point, ULONG position = 0)
-      : point_(point), position_(position) {
+      : SingleInterface(IID_IEnumConnectionPoints), point_(point), position_(position) {
     point_->AddRef();
   }
-  ~SingleConnectionPointEnumerator() { point_->Release(); }
-  SingleConnectionPointEnumerator(const SingleConnectionPointEnumerator&) = delete;
-  SingleConnectionPointEnumerator& operator=(const SingleConnectionPointEnumerator&) = delete;
-
-  STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    *out = nullptr;
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IEnumConnectionPoints)) return E_NOINTERFACE;
-    *out = static_cast<IEnumConnectionPoints*>(this);
-    AddRef();
-    return S_OK;
-  }
-  STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
-  STDMETHODIMP_(ULONG) Release() override {
-    const LONG remaining = InterlockedDecrement(&references_);
-    if (remaining == 0) delete this;
-    return static_cast<ULONG>(remaining);
-  }
+  ~SingleConnectionPointEnumerator() override { point_->Release(); }
 
   STDMETHODIMP Next(ULONG wanted, IConnectionPoint** points, ULONG* fetched) override {
     if (points == nullptr || (wanted > 1 && fetched == nullptr)) return E_POINTER;
@@ -62,7 +47,6 @@ class SingleConnectionPointEnumerator final : public IEnumConnectionPoints {
   }
 
  private:
-  LONG references_ = 1;
   IConnectionPoint* point_;
   ULONG position_;
 };

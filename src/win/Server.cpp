@@ -10,6 +10,7 @@
 
 #include "win/ComClasses.h"
 #include "win/ComSupport.h"
+#include "win/SingleInterface.h"
 #include "win/TamsaRX9400VTI_h.h"
 
 #if defined(__MINGW32__)
@@ -41,27 +42,12 @@ const ClassEntry kClasses[] = {
 constexpr const wchar_t* kLibraryName = L"TamsaRX9400VTI";
 constexpr const wchar_t* kTypeLibraryVersion = L"1.0";
 
-class ClassFactory final : public IClassFactory {
+class ClassFactory final : public SingleInterface<IClassFactory> {
  public:
-  explicit ClassFactory(CreateFunction create) : create_(create) { objectCreated(); }
-  ~ClassFactory() { objectDestroyed(); }
-  ClassFactory(const ClassFactory&) = delete;
-  ClassFactory& operator=(const ClassFactory&) = delete;
-
-  STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    *out = nullptr;
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IClassFactory)) return E_NOINTERFACE;
-    *out = static_cast<IClassFactory*>(this);
-    AddRef();
-    return S_OK;
+  explicit ClassFactory(CreateFunction create) : SingleInterface(IID_IClassFactory), create_(create) {
+    objectCreated();
   }
-  STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
-  STDMETHODIMP_(ULONG) Release() override {
-    const LONG remaining = InterlockedDecrement(&references_);
-    if (remaining == 0) delete this;
-    return static_cast<ULONG>(remaining);
-  }
+  ~ClassFactory() override { objectDestroyed(); }
   STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** out) override {
     if (out == nullptr) return E_POINTER;
     *out = nullptr;
@@ -78,7 +64,6 @@ class ClassFactory final : public IClassFactory {
   }
 
  private:
-  LONG references_ = 1;
   CreateFunction create_;
 };
 

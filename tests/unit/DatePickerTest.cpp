@@ -5,24 +5,13 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "fakes/TestPlatform.h"
 #include "ionchamber/DatePicker.h"
 
 namespace rx9400 {
 namespace {
 
-class FakeControl final : public DatePickerControl {
- public:
-  CalendarDate shown{2026, 11, 22};
-  CalendarDate now{2026, 11, 22};
-  CalendarDate date() override { return shown; }
-  void setDate(const CalendarDate& date) override { shown = date; }
-  std::string text() override {
-    char text[16];
-    std::snprintf(text, sizeof text, "%d/%d/%04d", shown.month, shown.day, shown.year);
-    return text;
-  }
-  CalendarDate today() override { return now; }
-};
+using FakeControl = testing::FakeDatePicker;
 
 TEST(DatePicker, BlankPartsTakeTodaysPart) {
   const struct {
@@ -57,7 +46,7 @@ TEST(DatePicker, ADateThatDoesNotExistIsRefusedAndThePickerKeepsItsDate) {
     EXPECT_THROW(picker.SetDTPicketDate(parts[0], parts[1], parts[2]), std::invalid_argument) << parts[0];
   }
   EXPECT_EQ(control.shown, (CalendarDate{2020, 1, 2}));
-  EXPECT_EQ(picker.GetDTPicketDate(), "1/2/2020");
+  EXPECT_EQ(picker.GetDTPicketDate(), "02/01/2020");
 }
 
 }  // namespace

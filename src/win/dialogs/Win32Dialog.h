@@ -51,3 +51,22 @@ class Win32Dialog {
 };
 
 }  // namespace rx9400::win
+
+namespace rx9400::win {
+
+/// A Win32 dialog as one of the session's view interfaces: the parts every view shares.
+template <typename View>
+class Win32DialogView : public Win32Dialog, public View {
+ public:
+  using Win32Dialog::Win32Dialog;
+
+  void showModal() override { runModal(); }
+  void hide() override { endModal(); }
+  WindowHandle window() override { return windowHandle(); }
+  WindowHandle focusedControl() override { return focusedControlHandle(); }
+  void setTitle(const std::string& title) override { setWindowTitle(title); }
+  std::vector<std::string> captions() override { return controlCaptions(); }
+  void setCaptions(const std::vector<std::string>& captions) override { setControlCaptions(captions); }
+};
+
+}  // namespace rx9400::win

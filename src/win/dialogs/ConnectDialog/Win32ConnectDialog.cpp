@@ -9,8 +9,9 @@
 namespace rx9400::win {
 
 Win32ConnectDialog::Win32ConnectDialog()
-    : Win32Dialog(IDD_CONNECT, {IDC_CONNECT_SELECT, IDC_CONNECT_CALDATE, IDC_CONNECT_DUEDATE, IDC_CONNECT_SW,
-                                IDC_CONNECT_HW, IDC_CONNECT_CONNECT, IDC_CONNECT_CANCEL}) {}
+    : Win32DialogView(IDD_CONNECT,
+                      {IDC_CONNECT_SELECT, IDC_CONNECT_CALDATE, IDC_CONNECT_DUEDATE, IDC_CONNECT_SW,
+                       IDC_CONNECT_HW, IDC_CONNECT_CONNECT, IDC_CONNECT_CANCEL}) {}
 
 HWND Win32ConnectDialog::list() const {
   return GetDlgItem(handle(), IDC_CONNECT_LIST);

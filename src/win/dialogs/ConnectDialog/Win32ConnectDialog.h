@@ -6,18 +6,11 @@
 
 namespace rx9400::win {
 
-class Win32ConnectDialog final : public Win32Dialog, public ConnectDialogView {
+class Win32ConnectDialog final : public Win32DialogView<ConnectDialogView> {
  public:
   Win32ConnectDialog();
 
   void attach(ConnectDialog& presenter) override { presenter_ = &presenter; }
-  void showModal() override { runModal(); }
-  void hide() override { endModal(); }
-  WindowHandle window() override { return windowHandle(); }
-  WindowHandle focusedControl() override { return focusedControlHandle(); }
-  void setTitle(const std::string& title) override { setWindowTitle(title); }
-  std::vector<std::string> captions() override { return controlCaptions(); }
-  void setCaptions(const std::vector<std::string>& captions) override { setControlCaptions(captions); }
   void setRows(const std::vector<DetectorRow>& rows) override;
   std::vector<bool> tickedRows() override;
   void setDetails(const DetectorDetails& details) override;

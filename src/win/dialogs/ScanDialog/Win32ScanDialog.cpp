@@ -46,7 +46,7 @@ HIMAGELIST makeFrames(HWND dialog) {
 
 }  // namespace
 
-Win32ScanDialog::Win32ScanDialog() : Win32Dialog(IDD_SCAN, {IDC_SCAN_LABEL, IDC_SCAN_STOP}) {}
+Win32ScanDialog::Win32ScanDialog() : Win32DialogView(IDD_SCAN, {IDC_SCAN_LABEL, IDC_SCAN_STOP}) {}
 
 Win32ScanDialog::~Win32ScanDialog() {
   if (frames_ != nullptr) ImageList_Destroy(frames_);

@@ -10,19 +10,12 @@
 
 namespace rx9400::win {
 
-class Win32ScanDialog final : public Win32Dialog, public ScanDialogView {
+class Win32ScanDialog final : public Win32DialogView<ScanDialogView> {
  public:
   Win32ScanDialog();
   ~Win32ScanDialog() override;
 
   void attach(ScanDialog& presenter) override { presenter_ = &presenter; }
-  void showModal() override { runModal(); }
-  void hide() override { endModal(); }
-  WindowHandle window() override { return windowHandle(); }
-  WindowHandle focusedControl() override { return focusedControlHandle(); }
-  void setTitle(const std::string& title) override { setWindowTitle(title); }
-  std::vector<std::string> captions() override { return controlCaptions(); }
-  void setCaptions(const std::vector<std::string>& captions) override { setControlCaptions(captions); }
   void setTimerEnabled(bool enabled) override;
   void setTimerInterval(int milliseconds) override;
   int animationFrameCount() override;

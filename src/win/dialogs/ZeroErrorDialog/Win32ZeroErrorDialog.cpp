@@ -6,8 +6,8 @@
 namespace rx9400::win {
 
 Win32ZeroErrorDialog::Win32ZeroErrorDialog()
-    : Win32Dialog(IDD_ZERO_ERROR, {IDC_ZERO_RETRY, IDC_ZERO_CONNECT, IDC_ZERO_DETECTOR, IDC_ZERO_SUGGESTIONS,
-                                   IDC_ZERO_RETRY_LINE, IDC_ZERO_CONNECT_LINE}) {}
+    : Win32DialogView(IDD_ZERO_ERROR, {IDC_ZERO_RETRY, IDC_ZERO_CONNECT, IDC_ZERO_DETECTOR,
+                                       IDC_ZERO_SUGGESTIONS, IDC_ZERO_RETRY_LINE, IDC_ZERO_CONNECT_LINE}) {}
 
 void Win32ZeroErrorDialog::setDetectorLine(const std::string& line) {
   setControlText(IDC_ZERO_DETECTOR, line);

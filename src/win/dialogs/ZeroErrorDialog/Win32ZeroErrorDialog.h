@@ -6,18 +6,11 @@
 
 namespace rx9400::win {
 
-class Win32ZeroErrorDialog final : public Win32Dialog, public ZeroErrorDialogView {
+class Win32ZeroErrorDialog final : public Win32DialogView<ZeroErrorDialogView> {
  public:
   Win32ZeroErrorDialog();
 
   void attach(ZeroErrorDialog& presenter) override { presenter_ = &presenter; }
-  void showModal() override { runModal(); }
-  void hide() override { endModal(); }
-  WindowHandle window() override { return windowHandle(); }
-  WindowHandle focusedControl() override { return focusedControlHandle(); }
-  void setTitle(const std::string& title) override { setWindowTitle(title); }
-  std::vector<std::string> captions() override { return controlCaptions(); }
-  void setCaptions(const std::vector<std::string>& captions) override { setControlCaptions(captions); }
   void setDetectorLine(const std::string& line) override;
 
  private:
