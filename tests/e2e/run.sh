@@ -5,7 +5,7 @@
 # tool, unregistered again, machine-wide and per user. Ends with a "N passed, M failed" line.
 #
 # Everything runs on a virtual display of its own (xvfb-run) and under time limits; pictures and
-# logs land in build/e2e-artifacts/plugin/. README.md in this folder describes each check.
+# logs land in build/e2e-artifacts/plugin/ and session/. README.md in this folder describes each check.
 set -uo pipefail
 cd "$(dirname "$0")/../.."
 
@@ -55,7 +55,15 @@ check "x86_64 TamsaMBDll.dll exports every function" \
 export WINEPREFIX="$PWD/build/wineprefix"
 timeout 30 wineserver -w 2>/dev/null || true
 use_wine_prefix
-trap 'wineserver -k 2>/dev/null || true' EXIT
+# A test language component left registered would change the texts of every later run.
+language_registered=0
+cleanup() {
+  if [ "$language_registered" -eq 1 ]; then
+    run_wine 30 regsvr32 /s /u "$(windows_path "$test_language")" 2>/dev/null
+  fi
+  wineserver -k 2>/dev/null || true
+}
+trap cleanup EXIT
 
 probe="build/mingw64/bin/rx9400-probe.exe"
 wine_probe_finds_every_export() {
@@ -259,6 +267,43 @@ dismiss_closes_both_windows() {
 }
 check_lines "remote-dismiss" dismiss_closes_both_windows
 
+# --- The session: scan and connect dialogs driven as a person at the bench would -------------------
+# Each check runs in a host process of its own under the scenario it needs (empty: the simulator's
+# built-in default); pictures land in build/e2e-artifacts/session/.
+session_artifacts=build/e2e-artifacts/session
+rm -rf "$session_artifacts"
+mkdir -p "$session_artifacts/pseudo-language"
+session_check() {
+  local scenario=$1 folder=$2 name=$3; shift 3
+  TAMSA_SIM_SCENARIO="${scenario:+$(windows_path "$scenario")}" check_lines "$name" \
+    run_wine 60 "$bin/rx9400-testhost.exe" "--artifacts=$(windows_path "$folder")" --limit=40 "$@" "$name"
+}
+session_checks() {
+  local folder=$1; shift
+  session_check tests/e2e/scenarios/session.json "$folder" scan-connect "$@"
+  session_check "" "$folder" connect-refusals "$@"
+  session_check sim/scenarios/no-detectors.json "$folder" no-detector "$@"
+}
+session_checks "$session_artifacts"
+session_check tests/e2e/scenarios/slow-scan.json "$session_artifacts" scan-stop
+
+# The same dialogs and message boxes under the test language component, which shows every catalogue
+# text as "[[text]]": every caption and text must come through the catalogue.
+test_language="$bin/rx9400-testlanguage.dll"
+if [ -f "$test_language" ]; then
+  if run_wine 30 regsvr32 /s "$(windows_path "$test_language")"; then
+    language_registered=1
+    session_checks "$session_artifacts/pseudo-language" --pseudo-language
+    check "regsvr32 /u unregisters the test language component" \
+      run_wine 30 regsvr32 /s /u "$(windows_path "$test_language")"
+    language_registered=0
+  else
+    check "regsvr32 registers the test language component" false
+  fi
+else
+  echo "SKIP the session checks under the test language: $test_language is not built"
+fi
+
 check "regsvr32 /u unregisters the plug-in" run_wine 60 regsvr32 /s /u "$plugin"
 check "unregistration removes every CLSID, ProgID, TypeLib and Interface key" nothing_registered "$classes"
 
@@ -292,11 +337,11 @@ check "regsvr32 /u /n /i:user unregisters the plug-in for the current user" \
 check "per-user unregistration removes every key (HKCU and HKLM)" nothing_registered "$user_classes" "$classes"
 
 # Pictures for a person to look at.
-for picture in "$artifacts"/*.bmp "$artifacts"/*/*.bmp; do
+for picture in "$artifacts"/*.bmp "$artifacts"/*/*.bmp "$session_artifacts"/*.bmp "$session_artifacts"/*/*.bmp; do
   [ -e "$picture" ] || continue
   convert "$picture" "${picture%.bmp}.png" 2>/dev/null && rm -f "$picture"
 done
-echo "Pictures and logs: $artifacts/"
+echo "Pictures and logs: $artifacts/ and $session_artifacts/"
 
 wineserver -k 2>/dev/null || true
 echo "e2e: $passed passed, $failed failed"

@@ -346,6 +346,25 @@ bool setListViewItemChecked(HWND listView, int item, bool checked) {
   return listViewItemChecked(listView, item) == checked;
 }
 
+bool selectListViewItem(HWND listView, int item) {
+  LVITEMW change{};
+  change.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+  change.state = LVIS_SELECTED | LVIS_FOCUSED;
+  WindowProcessMemory memory(listView, sizeof(change));
+  if (!memory.write(&change, sizeof(change))) return false;
+  LRESULT done = FALSE;
+  return sendTimeout(listView, LVM_SETITEMSTATE, static_cast<WPARAM>(item),
+                     reinterpret_cast<LPARAM>(memory.address()), &done) &&
+         done != FALSE && selectedListViewItem(listView) == item;
+}
+
+int selectedListViewItem(HWND listView) {
+  LRESULT item = -1;
+  return sendTimeout(listView, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED, &item)
+             ? static_cast<int>(item)
+             : -1;
+}
+
 std::wstring listViewItemText(HWND listView, int item, int subItem) {
   constexpr int kCharacters = 512;
   WindowProcessMemory memory(listView, sizeof(LVITEMW) + kCharacters * sizeof(wchar_t));

@@ -66,6 +66,10 @@ bool listViewItemChecked(HWND listView, int item);
 /// Ticks or clears an item's check box (state image 2 or 1) and reads it back.
 bool setListViewItemChecked(HWND listView, int item, bool checked);
 std::wstring listViewItemText(HWND listView, int item, int subItem = 0);
+/// Selects and focuses an item as a click on it would; false when the list view refused.
+bool selectListViewItem(HWND listView, int item);
+/// The selected item, -1 for none.
+int selectedListViewItem(HWND listView);
 
 /// Saves the window as it shows on the screen, frame included, as a 24-bit BMP file. `error` gets the
 /// reason of a failure.

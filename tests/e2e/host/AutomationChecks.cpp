@@ -118,15 +118,6 @@ std::string describe(const std::vector<bool>& checked) {
   return "[" + text + "]";
 }
 
-/// Checks a picture the automation saved: the window's size, and more than one colour in it.
-void expectPicture(const std::wstring& path, const RECT& frame) {
-  const BitmapSummary picture = summarizeBitmap(path);
-  expect(picture.width == frame.right - frame.left && picture.height == frame.bottom - frame.top,
-         "the picture " + narrow(path) + " is " + std::to_string(picture.width) + "x" +
-             std::to_string(picture.height));
-  expect(picture.colours > 1, "the picture " + narrow(path) + " shows a single colour");
-}
-
 void checkMessageBox(const HostOptions& options) {
   const std::wstring caption = L"RX9400 automation check";
   const std::wstring text = L"The automation thread reads this text.";

@@ -18,6 +18,8 @@ struct CheckFailure {
 /// What the command line gives every check.
 struct HostOptions {
   std::wstring artifacts = L".";  ///< folder for pictures and other files a person may look at
+  /// The test language component is registered: the plug-in's texts show as "[[" + text + "]]".
+  bool pseudoLanguage = false;
 };
 
 struct Check {
@@ -33,6 +35,9 @@ std::vector<Check> automationChecks();
 // folder without the device library, and windows that rx9400-automate drives from another process.
 std::vector<Check> bareFolderChecks();
 std::vector<Check> remoteChecks();
+// The plug-in's session and connection dialogs, each under the simulator scenario run.sh gives it and
+// in a host process of its own.
+std::vector<Check> sessionChecks();
 
 [[noreturn]] void fail(const std::string& why);
 inline void expect(bool condition, const std::string& what) {
@@ -73,5 +78,7 @@ struct BitmapSummary {
   std::size_t colours = 0;
 };
 BitmapSummary summarizeBitmap(const std::wstring& path);
+/// Fails unless the picture at `path` has the size of `frame` and more than one colour.
+void expectPicture(const std::wstring& path, const RECT& frame);
 
 }  // namespace rx9400::e2e

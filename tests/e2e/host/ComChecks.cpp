@@ -16,7 +16,7 @@
 #include "Automation.h"
 #include "Checks.h"
 #include "RecordingSink.h"
-#include "SimControl.h"
+#include "SimulatorAccess.h"
 #include "win/TamsaRX9400VTI_h.h"
 
 namespace rx9400::e2e {
@@ -26,7 +26,6 @@ constexpr wchar_t kQueryProgId[] = L"TamsaRX9400VTI.CRX9400Query";
 constexpr wchar_t kInstrumentProgId[] = L"TamsaRX9400VTI.CRX9400VTI";
 constexpr wchar_t kStoreProgId[] = L"TamsaRX9400VTI.CStoreDetectorType";
 constexpr wchar_t kPluginFile[] = L"TamsaRX9400VTI.dll";
-constexpr wchar_t kDeviceLibraryFile[] = L"TamsaMBDll.dll";
 
 // An interface no class of the plug-in has.
 const IID kForeignIid = {0x6d1f0a3e, 0x1b7c, 0x4f5e, {0x9a, 0x11, 0x52, 0x3c, 0x7e, 0x90, 0x2d, 0x41}};
@@ -145,36 +144,12 @@ ComPtr<IConnectionPoint> eventConnectionPoint(IUnknown* instrument) {
   return point;
 }
 
-/// An export of a loaded DLL by its declared type.
-template <typename Function>
-Function exportOf(HMODULE module, const char* name) {
-  auto* function = reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
-  expect(function != nullptr, std::string("the export ") + name + " is missing");
-  return function;
-}
-
 std::wstring folderOf(HMODULE module) {
   wchar_t path[MAX_PATH * 2] = {};
   const DWORD length = GetModuleFileNameW(module, path, MAX_PATH * 2);
   std::wstring folder(path, length);
   const auto slash = folder.find_last_of(L"\\/");
   return slash == std::wstring::npos ? std::wstring() : folder.substr(0, slash);
-}
-
-std::string simulatorLog(HMODULE simulator) {
-  auto getLog = exportOf<decltype(&SimGetCallLog)>(simulator, "SimGetCallLog");
-  const std::int32_t size = getLog(nullptr, 0);
-  std::string log(static_cast<std::size_t>(size > 0 ? size : 1), '\0');
-  getLog(log.data(), static_cast<std::int32_t>(log.size()));
-  log.resize(std::strlen(log.c_str()));
-  return log;
-}
-
-SimLibraryState simulatorState(HMODULE simulator) {
-  SimLibraryState state{};
-  expect(exportOf<decltype(&SimGetLibraryState)>(simulator, "SimGetLibraryState")(&state) == 1,
-         "SimGetLibraryState failed");
-  return state;
 }
 
 // --- the checks ----------------------------------------------------------------------------------
