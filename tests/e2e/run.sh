@@ -287,6 +287,14 @@ session_checks() {
 session_checks "$session_artifacts"
 session_check tests/e2e/scenarios/slow-scan.json "$session_artifacts" scan-stop
 
+# --- Exposures through the instrument class ------------------------------------------------------
+# One host process measures an exposure of each detector kind; it loads each scenario itself
+# (tests/e2e/scenarios/exposure-*.json) and connects its detector through the dialogs. The measured
+# values are expected with a decimal point: the host runs under the C locale whatever the caller's.
+LC_ALL=C.UTF-8 check_lines "rx9400-testhost exposures target-filters" \
+  run_wine 90 "$bin/rx9400-testhost.exe" "--artifacts=$(windows_path "$session_artifacts")" \
+  "--scenarios=$(windows_path tests/e2e/scenarios)" --limit=60 exposures target-filters
+
 # The same dialogs and message boxes under the test language component, which shows every catalogue
 # text as "[[text]]": every caption and text must come through the catalogue.
 test_language="$bin/rx9400-testlanguage.dll"

@@ -20,6 +20,7 @@ struct HostOptions {
   std::wstring artifacts = L".";  ///< folder for pictures and other files a person may look at
   /// The test language component is registered: the plug-in's texts show as "[[" + text + "]]".
   bool pseudoLanguage = false;
+  std::wstring scenarios;  ///< folder of the simulator scenarios that checks load themselves
 };
 
 struct Check {
@@ -38,6 +39,9 @@ std::vector<Check> remoteChecks();
 // The plug-in's session and connection dialogs, each under the simulator scenario run.sh gives it and
 // in a host process of its own.
 std::vector<Check> sessionChecks();
+// Whole exposures through the instrument class, one per detector kind; they load their scenarios
+// from HostOptions::scenarios.
+std::vector<Check> exposureChecks();
 
 [[noreturn]] void fail(const std::string& why);
 inline void expect(bool condition, const std::string& what) {

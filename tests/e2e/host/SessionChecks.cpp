@@ -8,29 +8,20 @@
 // detector kind asked for with SendDetectorType stays asked for as long as the process lives.
 #include <windows.h>
 
-#include <commctrl.h>
-#include <objbase.h>
-
 #include <algorithm>
-#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "Automation.h"
 #include "Checks.h"
+#include "SessionSupport.h"
 #include "SimulatorAccess.h"
-#include "win/LanguageComponent.h"
-#include "win/TamsaRX9400VTI_h.h"
 #include "win/dialogs/ConnectDialog/ConnectDialogIds.h"
 #include "win/dialogs/ScanDialog/ScanDialogIds.h"
 
 namespace rx9400::e2e {
 namespace {
-
-constexpr wchar_t kQueryProgId[] = L"TamsaRX9400VTI.CRX9400Query";
-/// How long one step waits for a window to come or go.
-constexpr DWORD kStepMs = 10000;
 
 /// A detector of the default scenario (and of scenarios/session.json) as the connect dialog shows it.
 struct ListedDetector {
@@ -64,73 +55,7 @@ class Shown {
   bool pseudo_;
 };
 
-std::string quoted(const std::wstring& text) {
-  std::string line = narrow(text);
-  for (std::size_t at = line.find('\n'); at != std::string::npos; at = line.find('\n', at)) {
-    line.replace(at, 1, "\\n");
-  }
-  return "\"" + line + "\"";
-}
-
-std::string joined(const std::vector<std::string>& items) {
-  std::string text;
-  for (const std::string& item : items) text += (text.empty() ? "" : ", ") + item;
-  return "[" + text + "]";
-}
-
-template <typename Found>
-bool pollFor(DWORD timeoutMs, Found found) {
-  const ULONGLONG end = GetTickCount64() + timeoutMs;
-  while (!found()) {
-    if (GetTickCount64() >= end) return false;
-    Sleep(50);
-  }
-  return true;
-}
-
-/// Keeps a picture of each window a check drives: <check>-<what>.bmp in the artifacts folder.
-class Pictures {
- public:
-  Pictures(const HostOptions& options, const char* check) : folder_(options.artifacts), check_(check) {}
-
-  void save(HWND window, const std::string& what) const {
-    const std::wstring path = folder_ + L"\\" + widen(check_ + "-" + what) + L".bmp";
-    RECT frame{};
-    GetWindowRect(window, &frame);
-    std::wstring error;
-    const bool saved = saveWindowBitmap(window, path, &error);
-    expect(saved, "no picture " + what + ": " + narrow(error));
-    expectPicture(path, frame);
-  }
-
- private:
-  std::wstring folder_;
-  std::string check_;
-};
-
 // --- windows and their texts --------------------------------------------------------------------
-
-/// Waits for a dialog of the plug-in; a message box that comes instead ends the wait at once.
-HWND waitForDialog(const std::wstring& caption, const std::string& what) {
-  WindowFilter filter;
-  filter.processId = GetCurrentProcessId();
-  filter.caption = caption;
-  filter.className = kDialogClass;
-  HWND dialog = nullptr;
-  HWND box = nullptr;
-  pollFor(kStepMs, [&] {
-    const std::vector<HWND> found = findWindows(filter);
-    dialog = found.empty() ? nullptr : found.front();
-    box = dialog == nullptr ? waitForMessageBox(GetCurrentProcessId(), 0) : nullptr;
-    return dialog != nullptr || box != nullptr;
-  });
-  if (box != nullptr) {
-    fail(what + " " + quoted(caption) + " did not appear, a message box " + quoted(windowText(box)) +
-         " came instead");
-  }
-  expect(dialog != nullptr, what + " " + quoted(caption) + " did not appear");
-  return dialog;
-}
 
 HWND waitForBox(const std::string& when) {
   HWND box = waitForMessageBox(GetCurrentProcessId(), kStepMs);
@@ -148,14 +73,6 @@ std::wstring controlText(HWND dialog, int id) {
 void expectText(HWND dialog, int id, const std::wstring& wanted, const char* what) {
   const std::wstring actual = controlText(dialog, id);
   expect(actual == wanted, std::string(what) + " reads " + quoted(actual) + ", expected " + quoted(wanted));
-}
-
-void press(HWND dialog, int id, const char* what) {
-  expect(clickButton(GetDlgItem(dialog, id)), std::string("the button ") + what + " cannot be pressed");
-}
-
-void expectGone(HWND window, const std::string& what) {
-  expect(waitUntilGone(window, kStepMs), what + " stayed open");
 }
 
 void expectStaysOpen(HWND window, const std::string& what) {
@@ -235,13 +152,6 @@ void expectScanDialog(HWND scan, const Shown& shown) {
   expectCatalogueTexts(scan, shown);
 }
 
-HWND connectList(HWND connect) {
-  HWND list = GetDlgItem(connect, IDC_CONNECT_LIST);
-  expect(list != nullptr && _wcsicmp(windowClass(list).c_str(), WC_LISTVIEWW) == 0,
-         "the connect dialog has no detector list");
-  return list;
-}
-
 const ListedDetector* detectorWithSerial(const std::wstring& serialNumber) {
   for (const ListedDetector& detector : kDetectors) {
     if (serialNumber == detector.serialNumber) return &detector;
@@ -315,136 +225,6 @@ void expectConnectDialog(HWND connect, HWND list, const Shown& shown) {
   const int other = selectedListViewItem(list) == 0 ? 1 : 0;
   expect(selectListViewItem(list, other), "row " + std::to_string(other) + " cannot be selected");
   expectDetailsOfSelectedRow(connect, list, shown);
-}
-
-// --- the plug-in's session -----------------------------------------------------------------------
-
-/// Fails unless a language component is registered exactly when the options say so.
-void expectLanguage(const HostOptions& options) {
-  IUnknown* component = nullptr;
-  const HRESULT hr = CoCreateInstance(win::kLanguageComponentClsid, nullptr, CLSCTX_INPROC_SERVER,
-                                      IID_IUnknown, reinterpret_cast<void**>(&component));
-  if (component != nullptr) component->Release();
-  if (options.pseudoLanguage) {
-    expect(SUCCEEDED(hr), "the test language component is not registered (" + hresultText(hr) + ")");
-  } else {
-    expect(FAILED(hr), "a language component is registered: the plug-in's default texts cannot be seen");
-  }
-}
-
-struct Session {
-  ComPtr<_CRX9400Query> query;
-  HMODULE simulator = nullptr;
-};
-
-/// The query class with a session open against the simulator, which took its scenario; the call log
-/// starts empty.
-Session openSession(const HostOptions& options) {
-  expectLanguage(options);
-  Session session;
-  session.query = createByProgId<_CRX9400Query>(kQueryProgId, IID__CRX9400Query);
-  expectHr(session.query->RegisterApp(), S_OK, "RegisterApp");
-  session.simulator = loadedSimulator();
-  const std::string scenarioError = simulatorLastError(session.simulator);
-  expect(scenarioError.empty(), "the simulator did not take its scenario: " + scenarioError);
-  clearSimulatorLog(session.simulator);
-  return session;
-}
-
-VARIANT_BOOL isDetectorConnected(const Session& session) {
-  VARIANT_BOOL connected = 1;  // neither True nor False
-  expectHr(session.query->IsDetectorConnected(&connected), S_OK, "IsDetectorConnected");
-  return connected;
-}
-
-std::vector<std::string> callLog(const Session& session) {
-  return logLines(simulatorLog(session.simulator));
-}
-
-/// Fails unless the log has a call of each function, their first calls in this order.
-void expectInOrder(const std::vector<std::string>& lines, const std::vector<std::string>& functions) {
-  std::size_t previous = 0;
-  for (std::size_t i = 0; i < functions.size(); ++i) {
-    const auto first = std::find_if(lines.begin(), lines.end(), [&](const std::string& line) {
-      return line.rfind(functions[i] + "(", 0) == 0;
-    });
-    expect(first != lines.end(), "the call log has no " + functions[i]);
-    const auto at = static_cast<std::size_t>(first - lines.begin());
-    if (i > 0 && at < previous) fail("the call log shows " + functions[i] + " before " + functions[i - 1]);
-    previous = at;
-  }
-}
-
-void expectCalls(const std::vector<std::string>& lines, const char* function,
-                 const std::vector<std::string>& arguments) {
-  const std::vector<std::string> actual = callArguments(lines, function);
-  expect(actual == arguments, std::string("the call log shows ") + function + " with " + joined(actual) +
-                                  ", expected " + joined(arguments));
-}
-
-/// Closes a window the way someone who wants out would: Cancel, Stop or OK, else its close box.
-void dismiss(HWND window) {
-  for (const int id : {IDCANCEL, IDC_CONNECT_CANCEL, IDC_SCAN_STOP, IDOK}) {
-    if (clickButton(GetDlgItem(window, id))) return;
-  }
-  PostMessageW(window, WM_CLOSE, 0, 0);
-}
-
-/// Until `callReturned` is set: pictures, notes and closes every window the process shows.
-std::vector<std::string> closeUnexpectedWindows(HANDLE callReturned, const Pictures& pictures) {
-  std::vector<std::string> seen;
-  WindowFilter filter;
-  filter.processId = GetCurrentProcessId();
-  filter.className = kDialogClass;
-  while (WaitForSingleObject(callReturned, 100) == WAIT_TIMEOUT) {
-    for (HWND window : findWindows(filter)) {
-      if (waitUntilGone(window, 500)) continue;  // on its way out
-      if (seen.size() < 10) {
-        const std::string picture = "unexpected-" + std::to_string(seen.size() + 1);
-        std::string what = quoted(windowText(window));
-        if (!messageBoxText(window).empty()) what += " saying " + quoted(messageBoxText(window));
-        seen.push_back(what + " (" + picture + ")");
-        try {
-          pictures.save(window, picture);
-        } catch (const CheckFailure&) {
-        }
-      }
-      dismiss(window);
-      waitUntilGone(window, 2000);
-    }
-  }
-  return seen;
-}
-
-/// Plays the person at the bench while the main thread is inside `call`, a call of the plug-in that
-/// opens modal windows: `script` runs on an automation thread; once it has ended, every window still
-/// shown is unexpected and closed, until the call returns. Fails with the script's failure, the
-/// unexpected windows or the call's result.
-void driveModal(const Pictures& pictures, const std::function<void()>& script,
-                const std::function<HRESULT()>& call, const char* callName) {
-  HANDLE callReturned = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-  std::string scriptFailure;
-  std::vector<std::string> unexpected;
-  AutomationThread automation([&] {
-    try {
-      script();
-    } catch (const CheckFailure& failure) {
-      scriptFailure = failure.why;
-    } catch (...) {
-      scriptFailure = "the automation failed";
-    }
-    unexpected = closeUnexpectedWindows(callReturned, pictures);
-  });
-  const HRESULT result = call();
-  SetEvent(callReturned);
-  automation.join();
-  CloseHandle(callReturned);
-  std::string why = scriptFailure;
-  if (!unexpected.empty()) {
-    why += (why.empty() ? "" : "; ") + std::string("unexpected windows, closed: ") + joined(unexpected);
-  }
-  expect(why.empty(), why);
-  expectHr(result, S_OK, callName);
 }
 
 // --- the checks ----------------------------------------------------------------------------------

@@ -38,6 +38,12 @@ std::string simulatorLastError(HMODULE simulator) {
   return wholeText(exportOf<decltype(&SimGetLastError)>(simulator, "SimGetLastError"));
 }
 
+void loadSimulatorScenario(HMODULE simulator, const std::wstring& path) {
+  const auto load = exportOf<decltype(&SimLoadScenarioFile)>(simulator, "SimLoadScenarioFile");
+  expect(load(narrowText(path).c_str()) == kSimOk,
+         "the simulator refused the scenario " + narrowText(path) + ": " + simulatorLastError(simulator));
+}
+
 SimLibraryState simulatorState(HMODULE simulator) {
   SimLibraryState state{};
   expect(exportOf<decltype(&SimGetLibraryState)>(simulator, "SimGetLibraryState")(&state) == 1,

@@ -30,6 +30,9 @@ std::string simulatorLog(HMODULE simulator);
 void clearSimulatorLog(HMODULE simulator);
 /// Why the simulator could not use a scenario (TAMSA_SIM_SCENARIO); empty when it could.
 std::string simulatorLastError(HMODULE simulator);
+/// Loads a scenario file and starts the simulation afresh from it (SimLoadScenarioFile); the next
+/// MBRegisterApplication keeps it. Fails with the simulator's reason when it refuses the file.
+void loadSimulatorScenario(HMODULE simulator, const std::wstring& path);
 SimLibraryState simulatorState(HMODULE simulator);
 /// A detector of the scenario; fails for an identifier the scenario does not have.
 SimDetectorState simulatorDetector(HMODULE simulator, std::int32_t identifier);

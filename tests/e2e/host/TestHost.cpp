@@ -2,8 +2,8 @@
 // ProgID in a single-threaded apartment and runs the checks named on its command line, one
 // "PASS name" or "FAIL name: why" line each; the exit code is non-zero when one failed.
 //
-//   rx9400-testhost [--artifacts=FOLDER] [--limit=SECONDS] [--pseudo-language] [--list]
-//                   CHECK|com|automation|all ...
+//   rx9400-testhost [--artifacts=FOLDER] [--scenarios=FOLDER] [--limit=SECONDS] [--pseudo-language]
+//                   [--list] CHECK|com|automation|all ...
 #include <windows.h>
 
 #include <objbase.h>
@@ -159,6 +159,7 @@ std::vector<Check> allChecks() {
   for (const Check& check : rx9400::e2e::bareFolderChecks()) checks.push_back(check);
   for (const Check& check : rx9400::e2e::remoteChecks()) checks.push_back(check);
   for (const Check& check : rx9400::e2e::sessionChecks()) checks.push_back(check);
+  for (const Check& check : rx9400::e2e::exposureChecks()) checks.push_back(check);
   return checks;
 }
 
@@ -190,6 +191,8 @@ int main(int argc, char** argv) {
     const std::string word = argv[i];
     if (word.rfind("--artifacts=", 0) == 0) {
       options.artifacts = rx9400::e2e::widen(word.substr(std::strlen("--artifacts=")));
+    } else if (word.rfind("--scenarios=", 0) == 0) {
+      options.scenarios = rx9400::e2e::widen(word.substr(std::strlen("--scenarios=")));
     } else if (word.rfind("--limit=", 0) == 0) {
       limitMs = static_cast<DWORD>(std::atoi(word.c_str() + std::strlen("--limit="))) * 1000;
     } else if (word == "--pseudo-language") {
@@ -208,8 +211,8 @@ int main(int argc, char** argv) {
   }
   if (checks.empty()) {
     std::printf(
-        "usage: rx9400-testhost [--artifacts=FOLDER] [--limit=SECONDS] [--pseudo-language] [--list] "
-        "CHECK|com|automation|all...\n");
+        "usage: rx9400-testhost [--artifacts=FOLDER] [--scenarios=FOLDER] [--limit=SECONDS] "
+        "[--pseudo-language] [--list] CHECK|com|automation|all...\n");
     return 2;
   }
 
