@@ -29,13 +29,11 @@ struct Check {
   void (*run)(const HostOptions& options);
 };
 
-// The groups "com" and "automation" ("all" is both).
+// The group "com" ("all" is every check).
 std::vector<Check> comChecks();
-std::vector<Check> automationChecks();
 // Checks that need an arrangement run.sh makes, selected only by name: the plug-in registered from a
-// folder without the device library, and windows that rx9400-automate drives from another process.
+// folder without the device library.
 std::vector<Check> bareFolderChecks();
-std::vector<Check> remoteChecks();
 // The plug-in's session and connection dialogs, each under the simulator scenario run.sh gives it and
 // in a host process of its own.
 std::vector<Check> sessionChecks();

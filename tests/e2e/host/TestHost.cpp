@@ -3,7 +3,7 @@
 // "PASS name" or "FAIL name: why" line each; the exit code is non-zero when one failed.
 //
 //   rx9400-testhost [--artifacts=FOLDER] [--scenarios=FOLDER] [--limit=SECONDS] [--pseudo-language]
-//                   [--list] CHECK|com|automation|all ...
+//                   [--list] CHECK|com|all ...
 #include <windows.h>
 
 #include <objbase.h>
@@ -155,9 +155,7 @@ bool runCheck(const Check& check, const HostOptions& options, DWORD limitMs) {
 
 std::vector<Check> allChecks() {
   std::vector<Check> checks = rx9400::e2e::comChecks();
-  for (const Check& check : rx9400::e2e::automationChecks()) checks.push_back(check);
   for (const Check& check : rx9400::e2e::bareFolderChecks()) checks.push_back(check);
-  for (const Check& check : rx9400::e2e::remoteChecks()) checks.push_back(check);
   for (const Check& check : rx9400::e2e::sessionChecks()) checks.push_back(check);
   for (const Check& check : rx9400::e2e::exposureChecks()) checks.push_back(check);
   return checks;
@@ -166,12 +164,7 @@ std::vector<Check> allChecks() {
 /// The checks a word of the command line selects: one check by name, or a group.
 std::vector<Check> select(const std::string& word) {
   if (word == "com") return rx9400::e2e::comChecks();
-  if (word == "automation") return rx9400::e2e::automationChecks();
-  if (word == "all") {
-    std::vector<Check> checks = rx9400::e2e::comChecks();
-    for (const Check& check : rx9400::e2e::automationChecks()) checks.push_back(check);
-    return checks;
-  }
+  if (word == "all") return allChecks();
   for (const Check& check : allChecks()) {
     if (word == check.name) return {check};
   }
@@ -212,7 +205,7 @@ int main(int argc, char** argv) {
   if (checks.empty()) {
     std::printf(
         "usage: rx9400-testhost [--artifacts=FOLDER] [--scenarios=FOLDER] [--limit=SECONDS] "
-        "[--pseudo-language] [--list] CHECK|com|automation|all...\n");
+        "[--pseudo-language] [--list] CHECK|com|all...\n");
     return 2;
   }
 
