@@ -14,6 +14,7 @@
 #include <cwchar>
 #include <string>
 
+#include "../CrashReport.h"
 #include "Automation.h"
 #include "Checks.h"
 
@@ -87,16 +88,8 @@ using rx9400::e2e::Check;
 using rx9400::e2e::CheckFailure;
 using rx9400::e2e::HostOptions;
 
-const char* gCurrentCheck = "start-up";
-
-/// A crash in the plug-in or in a check ends the host with a FAIL line instead of Wine's debugger.
-LONG WINAPI reportCrash(EXCEPTION_POINTERS* exception) {
-  std::printf("FAIL %s: unhandled exception 0x%08lX at %p\n", gCurrentCheck,
-              static_cast<unsigned long>(exception->ExceptionRecord->ExceptionCode),
-              exception->ExceptionRecord->ExceptionAddress);
-  std::fflush(stdout);
-  ExitProcess(3);
-}
+using rx9400::e2e::gCurrentCheck;
+using rx9400::e2e::reportCrash;
 
 /// Ends the host with a FAIL line when a check runs past its limit (a dialog nobody closes).
 class Watchdog {

@@ -13,6 +13,7 @@
 #include <exception>
 #include <string>
 
+#include "../CrashReport.h"
 #include "ServiceChecks.h"
 
 namespace rx9400::services {
@@ -74,16 +75,8 @@ using rx9400::services::Check;
 using rx9400::services::CheckFailure;
 using rx9400::services::Options;
 
-const char* gCurrentCheck = "start-up";
-
-/// A crash ends the program with a FAIL line instead of Wine's debugger.
-LONG WINAPI reportCrash(EXCEPTION_POINTERS* exception) {
-  std::printf("FAIL %s: unhandled exception 0x%08lX at %p\n", gCurrentCheck,
-              static_cast<unsigned long>(exception->ExceptionRecord->ExceptionCode),
-              exception->ExceptionRecord->ExceptionAddress);
-  std::fflush(stdout);
-  ExitProcess(3);
-}
+using rx9400::e2e::gCurrentCheck;
+using rx9400::e2e::reportCrash;
 
 std::vector<Check> allChecks() {
   std::vector<Check> checks = rx9400::services::languageChecks();
