@@ -3,7 +3,10 @@
 
 #include <windows.h>
 
+#include <oaidl.h>
 #include <unknwn.h>
+
+#include <type_traits>
 
 namespace rx9400::win {
 
@@ -20,7 +23,8 @@ class SingleInterface : public Interface {
   STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
     if (out == nullptr) return E_POINTER;
     *out = nullptr;
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, iid_)) return E_NOINTERFACE;
+    const bool dispatch = std::is_base_of_v<IDispatch, Interface> && IsEqualIID(iid, IID_IDispatch);
+    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, iid_) && !dispatch) return E_NOINTERFACE;
     *out = static_cast<Interface*>(this);
     AddRef();
     return S_OK;

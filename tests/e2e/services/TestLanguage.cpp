@@ -12,6 +12,7 @@
 #include <string>
 
 #include "win/LanguageComponent.h"
+#include "win/SingleInterface.h"
 
 namespace {
 
@@ -104,30 +105,10 @@ HRESULT translateControl(IDispatch* control) {
   return putText(control, L"Caption", pseudoText(text, {}));
 }
 
-class PseudoLanguage final : public ILanguageComponent {
+class PseudoLanguage final : public rx9400::win::SingleInterface<ILanguageComponent> {
  public:
-  PseudoLanguage() { InterlockedIncrement(&gObjects); }
-  ~PseudoLanguage() { InterlockedDecrement(&gObjects); }
-  PseudoLanguage(const PseudoLanguage&) = delete;
-  PseudoLanguage& operator=(const PseudoLanguage&) = delete;
-
-  STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    *out = nullptr;
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IDispatch) &&
-        !IsEqualIID(iid, kLanguageComponentIid)) {
-      return E_NOINTERFACE;
-    }
-    *out = static_cast<ILanguageComponent*>(this);
-    AddRef();
-    return S_OK;
-  }
-  STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
-  STDMETHODIMP_(ULONG) Release() override {
-    const LONG remaining = InterlockedDecrement(&references_);
-    if (remaining == 0) delete this;
-    return static_cast<ULONG>(remaining);
-  }
+  PseudoLanguage() : SingleInterface(kLanguageComponentIid) { InterlockedIncrement(&gObjects); }
+  ~PseudoLanguage() override { InterlockedDecrement(&gObjects); }
 
   // Nobody calls the component late-bound.
   STDMETHODIMP GetTypeInfoCount(UINT* count) override {
@@ -180,9 +161,6 @@ class PseudoLanguage final : public ILanguageComponent {
     }
     return S_OK;
   }
-
- private:
-  LONG references_ = 1;
 };
 
 class Factory final : public IClassFactory {
