@@ -247,4 +247,13 @@ std::string_view detectorDisplayNameLiteral(std::int32_t typeCode) {
   }
 }
 
+std::string withoutLastCharacters(std::string text, std::size_t count) {
+  for (; count > 0 && !text.empty(); --count) {
+    std::size_t end = text.size() - 1;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
+    text.resize(end);
+  }
+  return text;
+}
+
 }  // namespace rx9400

@@ -46,6 +46,10 @@ struct SharedState {
   bool measurementEnabled = false;         ///< set and cleared by EnableMeasurements and the supervision
   std::int32_t requestedDetectorType = 0;  ///< the kind the executive asked for (SendDetectorType); 0 any
   MeasurementSettings settings{};          ///< sent to the all-in-one detectors by ChangeSettings
+  std::string currentMode;                 ///< the executive's mode text ("FLUORO", "RADIO", ...)
+  std::string currentSettings;             ///< the executive's settings text ("AUTO", "MANUAL", ...)
+  bool dosimeterSettingsLocked = false;    ///< the ADCF and unit records are left alone while set
+  bool preferSecondDoseUnit = false;       ///< a dosimeter dose unit out of range becomes 2, not 1
 
   std::vector<IonChamber> ionChambers;  ///< the chambers and cal factors read from the dosimeter
   std::uint8_t ionChamberCount = 0;

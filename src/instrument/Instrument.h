@@ -83,7 +83,7 @@ class Instrument {
   bool DetectorExposureFinish();
   void ResetTheFlags();
 
-  // Power, sleep and connection supervision.
+  // Power, sleep and connection supervision. NOT BUILT YET: each returns its default (False, nothing).
   bool CheckDetectorPowerStatus(std::int32_t lSystemSleepTime, std::int32_t lSystemShutDownTime);
   void DetectorWakeUp();
   bool CheckDetectorStatus();
@@ -91,11 +91,11 @@ class Instrument {
   void CloseWindow();
   void CheckSleepStatus();
 
-  // Waveforms.
+  // Waveforms. NOT BUILT YET: each returns an empty text.
   std::string GetWaveformInSecs(float rMin, float rMax, std::int32_t ldataPoints, std::int32_t lValue);
   std::string GetWaveformInMilliSec(float rMin, float rMax, std::int32_t ldataPoints);
 
-  // Dosimeter and mAs meter configuration.
+  // Dosimeter and mAs meter configuration. NOT BUILT YET: each returns its default (empty, 0, False).
   std::string GetDetectorType();
   AutomationValue GetIonChambers();
   std::uint8_t GetIonChamberInfo();
@@ -138,8 +138,6 @@ class Instrument {
   PluginContext& context_;
   InstrumentEvents& events_;
 
-  std::string currentMode_;
-  std::string currentSettings_;
   float resolution_ = 0;
   std::uint32_t lastActivity_ = 0;
 
@@ -164,8 +162,6 @@ class Instrument {
   std::int32_t temperatureUnit_ = 1;
   std::int32_t pressureUnit_ = 2;
   std::string dosimeterModeText_;
-  bool settingsLocked_ = false;  ///< the ADCF and unit records are left alone while set
-  bool preferSecondDoseUnit_ = false;
   std::int32_t masInputType_ = 1;
 
   // Notices on screen.

@@ -24,12 +24,6 @@ bool hasMas(std::int32_t kind) {
   return kind == 2 || kind == 4 || kind == 5;
 }
 
-/// Two bytes of a string dropped from its end (the separator of the last sensor named).
-std::string withoutLastTwo(std::string text) {
-  text.resize(text.size() >= 2 ? text.size() - 2 : 0);
-  return text;
-}
-
 }  // namespace
 
 float Instrument::ScaleDoseValue(double value) {
@@ -158,7 +152,8 @@ bool Instrument::pollAio(std::size_t slot, std::int32_t id, const DetectorStatus
     const bool connect =
         dialog.ask(catalogue.text(catalogue::kDetectorZeroError),
                    std::to_string(info.serialNumber) + " " +
-                       catalogue.text(detectorDisplayNameLiteral(context_.state.kindAt(slot))));
+                       catalogue.text(detectorDisplayNameLiteral(context_.state.kindAt(slot))),
+                   topmostRequired(context_.services.registry));
     if (connect) {
       context_.library.MBSetPowerMode(id, kPowerShutDown);
     } else {
@@ -188,10 +183,9 @@ bool Instrument::pollAio(std::size_t slot, std::int32_t id, const DetectorStatus
     context_.trace.trace({"beep"});
     events_.EnableStopButton(modeIs(catalogue::kFLUORO));
   }
-  if (!dataReady) {
-    if (fluoroRunning) events_.EnableStopButton(false);
-    return true;
-  }
+  // Everything below belongs to the pass that brings data: while a fluoroscopy runs without data yet,
+  // the executive's Stop button stays enabled.
+  if (!dataReady) return true;
 
   const AioMeasuredData data = context_.library.MBGetMeasuredData(id);
   const MeasurementSettings& settings = context_.state.settings;
@@ -264,7 +258,8 @@ void Instrument::pollDosimeter(std::size_t slot, std::int32_t id) {
   std::string error;
   if (data.temperatureState == kSensorError) error += catalogue.text(catalogue::kTemperature);
   if (data.pressureState == kSensorError) error += catalogue.text(catalogue::kPressure);
-  if (!error.empty()) error = withoutLastTwo(error) + catalogue.text(catalogue::kSensorError);
+  // The separator after the last sensor named goes.
+  if (!error.empty()) error = withoutLastCharacters(error, 2) + catalogue.text(catalogue::kSensorError);
   if (data.biasVoltageState == kSensorError) error += catalogue.text(catalogue::kBiasVoltageError);
   if (error.empty() && errorNoticeShown_) {
     events_.DisplayErrorMsg(error, catalogue.text(catalogue::kError), false);
@@ -383,6 +378,7 @@ void Instrument::announceWaveforms() {
   SharedState& state = context_.state;
   if (state.slotCount() == 1) {
     const std::int32_t id = state.identifierAt(0);
+    if (id < 1) return;
     const auto aio = [&] {
       if (exposureFinished_ && aioWaveformPending_) {
         announceWaveform(true, id);
@@ -422,6 +418,7 @@ void Instrument::announceWaveforms() {
   }
   for (std::size_t slot = 0; slot < state.slotCount() && exposureFinished_ && masExposureFinished_; ++slot) {
     const std::int32_t id = state.identifierAt(slot);
+    if (id < 1) continue;
     switch (state.kindAt(slot)) {
       case 2:
         announceWaveform(false, id);

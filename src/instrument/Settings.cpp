@@ -24,11 +24,11 @@ std::int32_t inRangeOr(std::int32_t value, std::int32_t low, std::int32_t high, 
 }  // namespace
 
 bool Instrument::modeIs(std::string_view literal) {
-  return currentMode_ == context_.catalogue.text(literal);
+  return context_.state.currentMode == context_.catalogue.text(literal);
 }
 
 bool Instrument::settingsAre(std::string_view literal) {
-  return currentSettings_ == context_.catalogue.text(literal);
+  return context_.state.currentSettings == context_.catalogue.text(literal);
 }
 
 template <typename Action>
@@ -49,10 +49,10 @@ float Instrument::pResolution() {
   return resolution_;
 }
 void Instrument::pCurrentMode(const std::string& value) {
-  currentMode_ = value;
+  context_.state.currentMode = value;
 }
 void Instrument::pCurrentSettings(const std::string& value) {
-  currentSettings_ = value;
+  context_.state.currentSettings = value;
 }
 
 double Instrument::pGetExposureTime() {
@@ -110,13 +110,16 @@ void Instrument::pTargetFilter(std::string& value) {
 
 std::string Instrument::pSerialNumber() {
   std::string text;
-  for (const DetectorInfo& info : context_.state.detectors) text += std::to_string(info.serialNumber) + ",";
+  for (const DetectorInfo& info : context_.state.detectors) {
+    if (info.identifier >= 1) text += std::to_string(info.serialNumber) + ",";
+  }
   return text;
 }
 
 std::string Instrument::pFirmWareVersion() {
   std::string text;
   for (const DetectorInfo& info : context_.state.detectors) {
+    if (info.identifier < 1) continue;
     text += std::to_string(info.firstVersionMajor) + "." + std::to_string(info.firstVersionMinor) + " - " +
             std::to_string(info.secondVersionMajor) + "." + std::to_string(info.secondVersionMinor) + ",";
   }
@@ -259,7 +262,7 @@ void Instrument::ChangeSettings() {
 
 void Instrument::repairDosimeterRecords(std::int32_t id) {
   MBdllFunctions& library = context_.library;
-  if (!settingsLocked_) {
+  if (!context_.state.dosimeterSettingsLocked) {
     AdcfSettings adcf = library.MBGetADCF(id);
     bool repaired = false;
     if (adcf.mode != 1 && adcf.mode != 2) {
@@ -305,17 +308,17 @@ void Instrument::repairDosimeterRecords(std::int32_t id) {
                                                     catalogue::kLowRate};
   dosimeterModeText_ = context_.catalogue.text(kModeTexts[mode.mode - 1]);
 
-  if (!settingsLocked_) {
+  if (!context_.state.dosimeterSettingsLocked) {
     DosimeterUnit unit = library.MBGetDosimeterUnit(id);
     const DosimeterUnit read = unit;
-    unit.doseUnit = inRangeOr(unit.doseUnit, 1, 3, preferSecondDoseUnit_ ? 2 : 1);
+    unit.doseUnit = inRangeOr(unit.doseUnit, 1, 3, context_.state.preferSecondDoseUnit ? 2 : 1);
     unit.doseRateUnit = inRangeOr(unit.doseRateUnit, 1, 5, 1);
     unit.temperatureUnit = inRangeOr(unit.temperatureUnit, 1, 3, 1);
     unit.pressureUnit = inRangeOr(unit.pressureUnit, 1, 6, 2);
     unit.frameRate = static_cast<std::int16_t>(inRangeOr(unit.frameRate, 0, 1200, 0));
     if (std::memcmp(&read, &unit, sizeof unit) != 0) {
       library.MBSetDosimeterUnit(id, unit);
-      if (preferSecondDoseUnit_ && unit.doseUnit == 1) {
+      if (context_.state.preferSecondDoseUnit && unit.doseUnit == 1) {
         unit.doseUnit = 2;
         library.MBSetDosimeterUnit(id, unit);
       }

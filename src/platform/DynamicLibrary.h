@@ -6,7 +6,8 @@
 
 namespace rx9400 {
 
-/// A shared library held open for the lifetime of this object.
+/// A shared library held open at least for the lifetime of this object (on Windows, until the process
+/// ends: a library with threads of its own is never freed).
 class DynamicLibrary {
  public:
   virtual ~DynamicLibrary() = default;

@@ -41,10 +41,18 @@ std::int64_t daysBetween(const CalendarDate& today, const CalendarDate& date) {
   return dayNumber(date) - dayNumber(today);
 }
 
+CalendarDate asCalendarDate(const CalDate& date) {
+  return CalendarDate{date.year, date.month, date.day};
+}
+
+std::string plainDateText(const CalDate& date) {
+  return std::to_string(date.day) + "/" + std::to_string(date.month) + "/" + std::to_string(date.year);
+}
+
 CalendarDate effectiveDueDate(const CalDate& calibration, const CalDate& due) {
   const bool february = calibration.month == 2 || due.month == 2;
   if (february && (calibration.day > 28 || due.day > 28)) return CalendarDate{calibration.year + 1, 3, 1};
-  return CalendarDate{due.year, due.month, due.day};
+  return asCalendarDate(due);
 }
 
 QuerySession::QuerySession(PluginContext& context) : context_(context) {}
@@ -161,12 +169,13 @@ void QuerySession::SendDetectorType(std::int32_t mednDetector) {
 
 void QuerySession::ResetTheDetectors() {
   try {
-    resetFlag_ = true;
-    context_.state.resetDetectors();
     context_.library.MBStopScanningAndReset();
   } catch (const std::exception& error) {
     traceFailure("ResetTheDetectors", error);
   }
+  // Without a device library the lists are emptied all the same.
+  resetFlag_ = true;
+  context_.state.resetDetectors();
 }
 
 void QuerySession::updateBatteryStatus() {
@@ -189,6 +198,26 @@ void QuerySession::updateBatteryStatus() {
   }
 }
 
+std::vector<std::string> QuerySession::invalidTargetFilters(std::int32_t id) {
+  std::vector<std::string> names;
+  const std::int32_t invalid = context_.library.MBGetNumberOfInvalidTargetFilters(id);
+  if (invalid > 0) {
+    for (const TargetFilterName& name : context_.library.MBGetAllInvalidTargetFilters(id, invalid))
+      names.push_back(textOfFixedBytes(name.name, sizeof(name.name)));
+  }
+  return names;
+}
+
+std::string QuerySession::calibrationDateText(const CalDate& date) {
+  try {
+    DatePicker picker(context_.services.datePicker);
+    picker.SetDTPicketDate(std::to_string(date.day), std::to_string(date.month), std::to_string(date.year));
+    return picker.GetDTPicketDate();
+  } catch (...) {
+    return plainDateText(date);
+  }
+}
+
 void QuerySession::reportCalibration() {
   Catalogue& catalogue = context_.catalogue;
   for (std::size_t slot = 0; slot < context_.state.slotCount(); ++slot) {
@@ -197,36 +226,32 @@ void QuerySession::reportCalibration() {
       if (info.identifier < 1) continue;
       const std::int32_t kind = context_.state.kindAt(slot);
       const CalendarDate due = effectiveDueDate(info.calibrationDate, info.calibrationDueDate);
-      const std::int64_t days = daysBetween(context_.services.datePicker.today(), due);
-      if (days >= 0) continue;
+      const bool datesValid = isValidDate(asCalendarDate(info.calibrationDate)) && isValidDate(due);
+      if (!datesValid) {
+        context_.trace.trace(
+            {"$CalibrationReport$ - Calibration dates not valid :: " + std::to_string(info.identifier) +
+             " :: " + plainDateText(info.calibrationDate) + " :: " + plainDateText(info.calibrationDueDate)});
+      }
+      const bool overdue = datesValid && daysBetween(context_.services.datePicker.today(), due) < 0;
+      const std::vector<std::string> filters =
+          kind == 1 || kind == 4 ? invalidTargetFilters(info.identifier) : std::vector<std::string>{};
+      if (!overdue && filters.empty()) continue;
 
-      const std::string indent(18, ' ');
-      const auto dateText = [&](const CalDate& date) {
-        try {
-          DatePicker picker(context_.services.datePicker);
-          picker.SetDTPicketDate(std::to_string(date.day), std::to_string(date.month),
-                                 std::to_string(date.year));
-          return picker.GetDTPicketDate();
-        } catch (...) {
-          return std::to_string(date.day) + "/" + std::to_string(date.month) + "/" +
-                 std::to_string(date.year);
-        }
-      };
-      std::string text =
-          catalogue.text(detectorDisplayNameLiteral(kind)) + catalogue.text(catalogue::kCalibrationOverdue);
-      text += "\n" + indent + catalogue.text(catalogue::kCalibrationDate) + dateText(info.calibrationDate);
-      text +=
-          "\n" + indent + catalogue.text(catalogue::kCalibrationDueDate) + dateText(info.calibrationDueDate);
-      if (kind == 1 || kind == 4) {
-        const std::int32_t invalid = context_.library.MBGetNumberOfInvalidTargetFilters(info.identifier);
-        if (invalid > 0) {
-          for (const TargetFilterName& name :
-               context_.library.MBGetAllInvalidTargetFilters(info.identifier, invalid)) {
-            text += "\n" + indent + "   " + catalogue.text(catalogue::kTargetFilter) +
-                    textOfFixedBytes(name.name, sizeof(name.name)) + " " +
-                    catalogue.text(catalogue::kInvalid);
-          }
-        }
+      // An overdue detector's lines stand 18 blanks in, its filters 3 more; a detector in date has
+      // its dates 3 blanks in and its filters 5.
+      const std::string dateIndent(overdue ? 18 : 3, ' ');
+      const std::string filterIndent = overdue ? dateIndent + "   " : std::string(5, ' ');
+      std::string text = catalogue.text(detectorDisplayNameLiteral(kind));
+      if (overdue) text += catalogue.text(catalogue::kCalibrationOverdue);
+      if (datesValid) {
+        text += "\n" + dateIndent + catalogue.text(catalogue::kCalibrationDate) +
+                calibrationDateText(info.calibrationDate);
+        text += "\n" + dateIndent + catalogue.text(catalogue::kCalibrationDueDate) +
+                calibrationDateText(info.calibrationDueDate);
+      }
+      for (const std::string& name : filters) {
+        text += "\n" + filterIndent + catalogue.text(catalogue::kTargetFilter) + name + " " +
+                catalogue.text(catalogue::kInvalid);
       }
       context_.services.messageBoxes.show(text, catalogue.text(catalogue::kCalibrationError), kBoxCritical);
     } catch (...) {

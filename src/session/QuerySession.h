@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <exception>
 #include <string>
+#include <vector>
 
 #include "core/PluginContext.h"
 
@@ -41,19 +42,26 @@ class QuerySession {
   std::string scanAndCount();
   /// Refreshes the shared charging flag and charge percentage from every connected detector.
   void updateBatteryStatus();
-  /// Reports the detectors whose calibration is overdue, with their dates and, for all-in-one
-  /// detectors, the target/filter combinations they are not calibrated for.
+  /// Reports, one box each, the detectors whose calibration is overdue and the all-in-one detectors
+  /// with target/filter combinations they are not calibrated for, in date or not. A detector whose
+  /// dates are not real calendar dates cannot be judged overdue: that is traced.
   void reportCalibration();
 
  private:
   void traceFailure(const char* member, const std::exception& error) noexcept;
   void addAndConnect(ConnectDialog& dialog, std::uint8_t count, std::int32_t typeCode, std::int32_t repeat,
                      bool last);
+  std::vector<std::string> invalidTargetFilters(std::int32_t id);
+  std::string calibrationDateText(const CalDate& date);
 
   PluginContext& context_;
   bool resetFlag_ = false;
 };
 
+/// A detector's date as a calendar date (which may not exist: 31 April, day 0).
+CalendarDate asCalendarDate(const CalDate& date);
+/// Day, month and year joined with "/", as the detector holds them.
+std::string plainDateText(const CalDate& date);
 /// The day count from `today` to `date` (negative when the date has passed).
 std::int64_t daysBetween(const CalendarDate& today, const CalendarDate& date);
 /// The calibration due date a detector is judged by: its due date, except that a calibration or due

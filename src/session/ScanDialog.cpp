@@ -18,10 +18,13 @@ void ScanDialog::load() {
   stopped_ = false;
   view_.setTimerEnabled(false);
   try {
+    view_.setTitle(context_.catalogue.text(catalogue::kScanning));
+  } catch (...) {
+  }
+  try {
     auto captions = view_.captions();
     context_.catalogue.translateCaptions(captions);
     view_.setCaptions(captions);
-    view_.setTitle(context_.catalogue.text(catalogue::kScanning));
   } catch (...) {
     // Untranslated captions do not stop the scan.
   }

@@ -10,7 +10,8 @@ ZeroErrorDialog::ZeroErrorDialog(PluginContext& context, ZeroErrorDialogView& vi
   view_.attach(*this);
 }
 
-bool ZeroErrorDialog::ask(const std::string& caption, const std::string& detectorLine) {
+bool ZeroErrorDialog::ask(const std::string& caption, const std::string& detectorLine, bool topmost) {
+  topmost_ = topmost;
   caption_ = caption;
   detectorLine_ = detectorLine;
   connectChosen_ = false;
@@ -30,6 +31,7 @@ void ZeroErrorDialog::load() {
   // The caller's caption and detector line replace the design-time ones.
   if (!caption_.empty()) view_.setTitle(caption_);
   if (!detectorLine_.empty()) view_.setDetectorLine(detectorLine_);
+  if (topmost_) makeTopmost(context_.services.windows, view_.window());
 }
 
 void ZeroErrorDialog::activated() {

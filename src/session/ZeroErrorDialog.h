@@ -22,9 +22,9 @@ class ZeroErrorDialog {
  public:
   ZeroErrorDialog(PluginContext& context, ZeroErrorDialogView& view);
 
-  /// Shows the dialog modally with this caption and detector line. Returns True when the user chose
-  /// Connect; Retry, or closing the dialog, answers False.
-  bool ask(const std::string& caption, const std::string& detectorLine);
+  /// Shows the dialog modally with this caption and detector line, in the topmost band when `topmost`.
+  /// Returns True when the user chose Connect; Retry, or closing the dialog, answers False.
+  bool ask(const std::string& caption, const std::string& detectorLine, bool topmost);
   bool connectChosen() const { return connectChosen_; }
 
   // Handlers, called by the view.
@@ -37,6 +37,7 @@ class ZeroErrorDialog {
   PluginContext& context_;
   ZeroErrorDialogView& view_;
   bool connectChosen_ = false;
+  bool topmost_ = false;
   std::string caption_;
   std::string detectorLine_;
 };

@@ -12,6 +12,7 @@
 #include "win/ComSupport.h"
 #include "win/SingleInterface.h"
 #include "win/TamsaRX9400VTI_h.h"
+#include "win/Win32NoticeBoxes.h"
 
 #if defined(__MINGW32__)
 // oleaut32 exports these (Vista and later) but MinGW's headers do not declare them.
@@ -215,7 +216,10 @@ STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** out) {
 
 STDAPI DllCanUnloadNow() {
   if (!canUnload()) return S_FALSE;
+  // What must not be left behind by an unloaded module goes here, outside the loader lock. The device
+  // library itself stays loaded for the life of the process (its update thread may still run).
   releaseTypeLibrary();
+  unregisterNoticeBoxClass();
   return S_OK;
 }
 

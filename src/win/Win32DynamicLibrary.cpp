@@ -1,4 +1,5 @@
-// Shared libraries on Windows: LoadLibrary/GetProcAddress, looking beside this module first.
+// Shared libraries on Windows: LoadLibrary/GetProcAddress, looking beside this module first; a library
+// once loaded stays loaded until the process ends.
 #include <windows.h>
 
 #include <string>
@@ -8,10 +9,13 @@
 namespace rx9400 {
 namespace {
 
+/// A loaded library is never freed: the device library runs an update thread of its own, and freeing it
+/// from a destructor (at the plug-in's unload, under the loader lock) would pull its code from under
+/// that thread. The process's end releases it; loading it again only counts another reference.
 class Win32DynamicLibrary final : public DynamicLibrary {
  public:
   explicit Win32DynamicLibrary(HMODULE module) : module_(module) {}
-  ~Win32DynamicLibrary() override { FreeLibrary(module_); }
+  ~Win32DynamicLibrary() override = default;
   Win32DynamicLibrary(const Win32DynamicLibrary&) = delete;
   Win32DynamicLibrary& operator=(const Win32DynamicLibrary&) = delete;
 

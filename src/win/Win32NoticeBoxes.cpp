@@ -67,16 +67,17 @@ class Win32NoticeBox final : public NoticeBox {
 
   void create() {
     if (window_ != nullptr) return;
-    static const bool registered = [] {
-      WNDCLASSW windowClass{};
+    // Registered when missing: the plug-in unregisters it before it may be unloaded.
+    WNDCLASSW windowClass{};
+    if (!GetClassInfoW(moduleHandle(), kClassName, &windowClass)) {
+      windowClass = WNDCLASSW{};
       windowClass.lpfnWndProc = procedure;
       windowClass.hInstance = moduleHandle();
       windowClass.hCursor = LoadCursorW(nullptr, reinterpret_cast<LPCWSTR>(IDC_ARROW));
       windowClass.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
       windowClass.lpszClassName = kClassName;
-      return RegisterClassW(&windowClass) != 0;
-    }();
-    (void)registered;
+      RegisterClassW(&windowClass);
+    }
     window_ = CreateWindowExW(WS_EX_TOPMOST | WS_EX_DLGMODALFRAME, kClassName, toWide(caption_).c_str(),
                               WS_POPUP | WS_CAPTION | WS_SYSMENU, CW_USEDEFAULT, CW_USEDEFAULT, 420, 190,
                               nullptr, nullptr, moduleHandle(), nullptr);
@@ -121,6 +122,10 @@ class Win32NoticeBox final : public NoticeBox {
 };
 
 }  // namespace
+
+void unregisterNoticeBoxClass() {
+  UnregisterClassW(kClassName, moduleHandle());
+}
 
 std::unique_ptr<NoticeBox> Win32NoticeBoxes::create(std::function<void()> onButton1,
                                                     std::function<void()> onButton2) {

@@ -13,4 +13,8 @@ class Win32NoticeBoxes final : public NoticeBoxes {
                                     std::function<void()> onButton2) override;
 };
 
+/// Removes the notice box's window class: a class keeps pointing into this module, so it must go
+/// before the module may be unloaded (no box can be open then: the instruments that own them are gone).
+void unregisterNoticeBoxClass();
+
 }  // namespace rx9400::win

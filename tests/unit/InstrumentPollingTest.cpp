@@ -288,9 +288,27 @@ TEST_F(Polling, TheDosimeterReportsItsReadingsInItsUnitsAndItsSensorErrorsOnce) 
                                                      "DisplayErrorMsg  | Error | False"}));
 }
 
+TEST_F(Polling, TheModeIsTheProcesssAndStopStaysEnabledWhileAFluoroscopyRunsWithoutData) {
+  start(
+      detector(101, 1, R"("exposures": [{"kind": "fluoro", "deliveries": 2, "pollsBetweenDeliveries": 3}])"));
+  Instrument other(*context, events);  // the executive sets the mode through another instrument
+  other.pCurrentMode("FLUORO");
+  int passes = 0;
+  while (passes < 10 && events.dataReady.empty()) {
+    instrument->CheckDataStatus();
+    ++passes;
+  }
+  EXPECT_GT(passes, 2) << "the fluoroscopy ran for passes without data";
+  events.events.resize(3);
+  EXPECT_EQ(events.events,
+            (std::vector<std::string>{"EnableStopButton True", "EnableStopButton False", "DataReady"}))
+      << "Stop is disabled again only by the pass that brings data";
+}
+
 TEST_F(Polling, SeveralSlotsAnnounceOnlyWhenBothHalvesOfTheExposureAreDone) {
   start(detector(101, 4, R"("exposures": [{}], "mas": {"exposures": [{}]})") + "," +
-        detector(301, 3, R"("exposures": [{}])"));
+        detector(301, 3, R"("exposures": [{}])") + "," + detector(102, 1));
+  context->state.removeDetector(0);  // an emptied slot is skipped by the announcement too
   ASSERT_GT(pollUntilFinished(), 0);
   // The dosimeter among several detectors counts a waveform without announcing one.
   EXPECT_EQ(std::count(events.events.begin(), events.events.end(), "CheckExposureWaveform 1"), 0);

@@ -125,6 +125,11 @@ TEST(NumberText, FixedLengthFieldsAreCutAndZeroFilled) {
   const char field[5] = {'M', 'o', '\0', 'x', 'y'};
   EXPECT_EQ(textOfFixedBytes(field, 5), "Mo");
   EXPECT_EQ(textOfFixedBytes("ABCDE", 3), "ABC") << "a full field has no terminator";
+  // Texts are cut by characters: a translated text ending in a multi-byte character stays valid.
+  EXPECT_EQ(withoutLastCharacters("Temperature / ", 2), "Temperature ");
+  EXPECT_EQ(withoutLastCharacters("Température /\u00a0", 2), "Température ");
+  EXPECT_EQ(withoutLastCharacters("温度／", 2), "温");
+  EXPECT_EQ(withoutLastCharacters("/", 2), "");
 }
 
 TEST(NumberText, DisplayNamesByTypeCodeKeepTheirTrailingBlank) {

@@ -86,6 +86,11 @@ TEST_F(Session, TheScanDialogStartsTheScanOnceAndPollsUntilTheLibrarySaysDone) {
   EXPECT_EQ(scan.title(), "Scanning...");
   EXPECT_EQ(scan.shownCaptions(), (std::vector<std::string>{"Scanning...", "Stop"}));
   EXPECT_GE(platform.pump.pumps, 5) << "once per tick and once after the dialog closed";
+
+  platform.dialogs.scan->setTitle("22413::Scanning...");
+  platform.dialogs.scan->captionsFail = true;
+  session->scanAndCount();
+  EXPECT_EQ(scan.title(), "Scanning...") << "the title comes first, whatever the captions do";
 }
 
 TEST_F(Session, ALibraryWhoseFirstPollIsNotOneClosesTheScanAfterOneTick) {
@@ -149,7 +154,8 @@ TEST_F(Session, ConnectingFillsTheTableKindByKindBeepsTwiceAndUpdatesTheBattery)
   EXPECT_EQ(context->state.chargePercent,
             simulator->library().MBGetBatteryStatus(std::stoi(dose)).chargePercent);
   EXPECT_TRUE(session->IsDetectorConnected());
-  EXPECT_TRUE(platform.boxes.shown.empty()) << "calibrated detectors raise no report";
+  ASSERT_EQ(platform.boxes.shown.size(), 1u) << "detectors in date: only the invalid target/filter";
+  EXPECT_TRUE(platform.boxes.shown[0].text.ends_with("\n     Target/Filter: Rh/Rh Invalid"));
 }
 
 TEST_F(Session, ConnectRefusalsKeepTheDialogOpenAndConnectNothing) {
@@ -239,24 +245,54 @@ TEST(CalibrationDates, FebruaryPastThe28thIsJudgedByTheFirstOfMarchOfTheNextYear
   EXPECT_EQ(daysBetween({2025, 12, 31}, {2026, 1, 1}), 1);
 }
 
-TEST_F(Session, AnOverdueDetectorIsReportedWithItsDatesAndInvalidTargetFilters) {
-  start(scenario(R"({"identifier": 101, "typeCode": 1, "calibrationDate": "2024-02-29",
+TEST_F(Session, TheCalibrationReportNamesOverdueDetectorsAndInvalidTargetFilters) {
+  const std::string filters = "Target/Filter: Rh/Rh Invalid\n";
+  const std::string last = "Target/Filter: Mo/Al Invalid";
+  const std::string dates = "Calibration Date: 29/02/2024\n";
+  const std::string dueDates = "Calibration Due Date: 28/02/2025\n";
+  const std::string in18(18, ' ');
+  const struct {
+    const char* name;
+    bool invalidFilters;
+    CalendarDate today;
+    CalDate calibration;
+    std::string text;  ///< empty: no box
+  } cases[] = {
+      {"in date: February's rule gives until 1 March",
+       true,
+       {2025, 3, 1},
+       {29, 2, 2024},
+       "RX 9400WD \n   " + dates + "   " + dueDates + "     " + filters + "     " + last},
+      {"overdue",
+       true,
+       {2025, 3, 2},
+       {29, 2, 2024},
+       "RX 9400WD detector calibration over due.\n" + in18 + dates + in18 + dueDates + in18 + "   " +
+           filters + in18 + "   " + last},
+      {"in date, filters valid", false, {2025, 3, 1}, {29, 2, 2024}, ""},
+      {"no calendar date, filters valid", false, {2030, 1, 1}, {0, 0, 0}, ""},
+      {"31 April", true, {2030, 1, 1}, {31, 4, 2024}, "RX 9400WD \n     " + filters + "     " + last},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    start(scenario(std::string(R"({"identifier": 101, "typeCode": 1, "calibrationDate": "2024-02-29",
                      "calibrationDueDate": "2025-02-28", "targetFilters": {"valid": ["W/Al"], "default": "W/Al",
-                     "invalid": ["Rh/Rh", "Mo/Al"]}})"));
-  platform.datePicker.now = {2025, 3, 1};  // the due date has passed, but February's rule gives until today
-  platform.dialogs.connect->scripts.push_back(tickAndConnect({"AIO"}));
-  session->ScanAndConnectToDetector();
-  EXPECT_TRUE(platform.boxes.shown.empty());
-
-  platform.datePicker.now = {2025, 3, 2};
-  session->reportCalibration();
-  ASSERT_EQ(platform.boxes.shown.size(), 1u);
-  const std::string indent(18, ' ');
-  EXPECT_EQ(platform.boxes.shown[0].text,
-            "RX 9400WD detector calibration over due.\n" + indent + "Calibration Date: 29/02/2024\n" +
-                indent + "Calibration Due Date: 28/02/2025\n" + indent + "   Target/Filter: Rh/Rh Invalid\n" +
-                indent + "   Target/Filter: Mo/Al Invalid");
-  EXPECT_EQ(platform.boxes.shown[0].caption, "Calibration Error");
+                     "invalid": )") +
+                   (c.invalidFilters ? R"(["Rh/Rh", "Mo/Al"]}})" : "[]}}")));
+    platform.datePicker.now = {2000, 1, 1};
+    platform.dialogs.connect->scripts.push_back(tickAndConnect({"AIO"}));
+    session->ScanAndConnectToDetector();
+    platform.boxes.shown.clear();
+    platform.trace.lines.clear();
+    platform.datePicker.now = c.today;
+    context->state.detectors[0].calibrationDate = c.calibration;
+    session->reportCalibration();
+    EXPECT_EQ(platform.boxes.shown.empty() ? "" : platform.boxes.shown[0].text, c.text);
+    EXPECT_EQ(platform.boxes.shown.empty() ? "Calibration Error" : platform.boxes.shown[0].caption,
+              "Calibration Error");
+    EXPECT_EQ(platform.trace.contains("$CalibrationReport$ - Calibration dates not valid :: 101"),
+              c.calibration.month == 0 || c.calibration.month == 4);
+  }
 }
 
 TEST_F(Session, TheLastSlotDecidesWhetherADetectorIsConnected) {
@@ -284,7 +320,9 @@ TEST(SessionWithoutLibrary, EveryMemberReturnsItsDefault) {
   session.RegisterApp();
   session.ScanAndConnectToDetector();
   EXPECT_FALSE(session.IsDetectorConnected());
+  context.state.setConnectedDetectors({DetectorInfo{}, DetectorInfo{}}, {1, 3});
   session.ResetTheDetectors();
+  EXPECT_EQ(context.state.slotCount(), 1u) << "the lists are emptied all the same";
   session.CloseApp();
   EXPECT_EQ(platform.dialogs.scan->ticks, 1) << "the scan dialog closes at once";
   EXPECT_TRUE(platform.boxes.shown.empty())

@@ -21,8 +21,9 @@ TEST(ZeroErrorDialog, OnlyConnectAnswersTrueAndEveryShowingStartsFalse) {
       {Answer::Connect, true}, {Answer::Retry, false}, {Answer::Connect, true}, {Answer::Close, false}};
   for (const auto& c : cases) {
     view.answer = c.answer;
-    EXPECT_EQ(dialog.ask("Detector Zero Error", "4711 RX 9400WD "), c.connect);
+    EXPECT_EQ(dialog.ask("Detector Zero Error", "4711 RX 9400WD ", c.connect), c.connect);
   }
+  EXPECT_EQ(platform.windows.topmost.size(), 2u) << "placed in the topmost band when the executive asks";
   EXPECT_EQ(view.showings, 4);
   EXPECT_EQ(view.title(), "Detector Zero Error") << "the caller's caption replaces the dialog's own";
   EXPECT_EQ(view.detectorLine, "4711 RX 9400WD ");

@@ -8,6 +8,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -168,13 +169,17 @@ class ScriptedView : public Interface {
   WindowHandle window() override { return 0x1000; }
   WindowHandle focusedControl() override { return 0x1001; }
   void setTitle(const std::string& title) override { title_ = title; }
-  std::vector<std::string> captions() override { return captions_; }
+  std::vector<std::string> captions() override {
+    if (captionsFail) throw std::runtime_error("the captions cannot be read");
+    return captions_;
+  }
   void setCaptions(const std::vector<std::string>& captions) override { captions_ = captions; }
 
   const std::string& title() const { return title_; }
   const std::vector<std::string>& shownCaptions() const { return captions_; }
   bool hidden() const { return hidden_; }
   int showings = 0;
+  bool captionsFail = false;  ///< the translation of the captions fails
 
  protected:
   bool hidden_ = false;
