@@ -9,6 +9,7 @@
 // log the call and forward it here. Members do not lock: the exports serialise every call.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -88,6 +89,11 @@ struct Detector {
   std::vector<ChamberEntry> chambers;
   IonChamberSelection selection{};
 };
+
+/// Status polls as fault windows count them: before the first poll the detector stands at poll 1.
+inline std::int32_t pollIndex(const Detector& d) {
+  return std::max(d.statusPolls, 1);
+}
 
 class Simulator {
  public:
