@@ -35,6 +35,10 @@ struct Library {
   std::unique_ptr<Simulator> simulator;
   std::string lastError;
   bool explicitScenario = false;  // loaded through SimLoadScenario*: MBRegisterApplication keeps it
+  // The update thread (UpdateThread.h), Windows build only.
+  void* updateThread = nullptr;  // its handle while it runs
+  std::uint32_t updateRun = 0;   // the run that may go on; a thread started for another run ends
+  std::int32_t updateTicks = 0;  // ticks of the current run that did their work (none while paused)
 };
 
 Library& library();

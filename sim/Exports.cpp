@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "ExportSupport.h"
+#include "UpdateThread.h"
 
 namespace rx9400::sim {
 
@@ -95,6 +96,7 @@ std::int32_t registerApplication(Library& lib) {
   }
   lib.simulator->restart();
   lib.simulator->setRegistered(true);
+  startUpdateThread(lib);
   return 1;
 }
 
@@ -161,6 +163,15 @@ std::int32_t MB_STDCALL SimGetLibraryState(SimLibraryState* state) {
   return sim::control(0, [&](sim::Library& lib) {
     if (state == nullptr) return 0;
     *state = lib.simulator->libraryState();
+    return 1;
+  });
+}
+
+std::int32_t MB_STDCALL SimGetUpdateThreadState(SimUpdateThreadState* state) {
+  return sim::control(0, [&](sim::Library& lib) {
+    if (state == nullptr) return 0;
+    state->running = lib.updateThread != nullptr ? 1 : 0;
+    state->ticks = lib.updateTicks;
     return 1;
   });
 }

@@ -1,5 +1,6 @@
 // The exports of the application session, the scan, the connection and the update thread.
 #include "ExportSupport.h"
+#include "UpdateThread.h"
 
 namespace rx9400 {
 
@@ -19,7 +20,13 @@ std::int32_t MB_STDCALL MBRegisterApplication(std::int32_t application) {
 }
 
 std::int32_t MB_STDCALL MBCloseApplication() {
-  return call("MBCloseApplication", std::int32_t{0}, [](Simulator& s) { return s.closeApplication(); });
+  void* updateThread = nullptr;
+  const std::int32_t result = call("MBCloseApplication", std::int32_t{0}, [&](Simulator& s) {
+    updateThread = sim::stopUpdateThread(sim::library());
+    return s.closeApplication();
+  });
+  sim::joinUpdateThread(updateThread);  // outside the lock, which the thread takes to learn that it ends
+  return result;
 }
 
 std::int32_t MB_STDCALL MBScanForDetectors() {

@@ -105,6 +105,8 @@ class Simulator {
   /// Back to the state right after loading: nothing scanned, connected or published.
   void restart();
   void setRegistered(bool registered) { registered_ = registered; }
+  /// Whether MBPauseUpdateThread holds the update thread.
+  bool updatesPaused() const { return pauseDepth_ > 0; }
 
   // Session, scanning and connection
   std::int32_t closeApplication();

@@ -15,10 +15,10 @@ namespace rx9400::simtest {
 namespace {
 
 const std::set<std::string> kSimExports = {
-    "SimLoadScenarioText", "SimLoadScenarioFile", "SimReset",
-    "SimGetLastError",     "SimGetCallLog",       "SimClearCallLog",
-    "SimGetDetectorState", "SimGetLibraryState",  "SimGetDefaultScenario",
-    "SimGetChamberFile"};
+    "SimLoadScenarioText", "SimLoadScenarioFile",    "SimReset",
+    "SimGetLastError",     "SimGetCallLog",          "SimClearCallLog",
+    "SimGetDetectorState", "SimGetLibraryState",     "SimGetDefaultScenario",
+    "SimGetChamberFile",   "SimGetUpdateThreadState"};
 
 std::string fileText(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
