@@ -77,6 +77,12 @@ struct SimLibraryState {
   std::int32_t logLines;         ///< lines in the call log
 };
 
+/// The update thread of the Windows build (README.md); natively there is none and both fields stay 0.
+struct SimUpdateThreadState {
+  std::int32_t running;  ///< 1 from MBRegisterApplication until MBCloseApplication has joined it
+  std::int32_t ticks;    ///< wake-ups of the current run that did their work (none while paused)
+};
+
 #pragma pack(pop)
 
 extern "C" {
@@ -108,6 +114,9 @@ SIM_API std::int32_t MB_STDCALL SimGetDetectorState(std::int32_t identifier, Sim
 
 /// Fills `state`; returns 1.
 SIM_API std::int32_t MB_STDCALL SimGetLibraryState(SimLibraryState* state);
+
+/// Fills `state`; returns 1.
+SIM_API std::int32_t MB_STDCALL SimGetUpdateThreadState(SimUpdateThreadState* state);
 
 /// The JSON text of the built-in default scenario.
 SIM_API std::int32_t MB_STDCALL SimGetDefaultScenario(char* buffer, std::int32_t size);

@@ -9,6 +9,7 @@
 // log the call and forward it here. Members do not lock: the exports serialise every call.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -89,6 +90,11 @@ struct Detector {
   IonChamberSelection selection{};
 };
 
+/// Status polls as fault windows count them: before the first poll the detector stands at poll 1.
+inline std::int32_t pollIndex(const Detector& d) {
+  return std::max(d.statusPolls, 1);
+}
+
 class Simulator {
  public:
   Simulator(Scenario scenario, CallLog& log);
@@ -99,6 +105,8 @@ class Simulator {
   /// Back to the state right after loading: nothing scanned, connected or published.
   void restart();
   void setRegistered(bool registered) { registered_ = registered; }
+  /// Whether MBPauseUpdateThread holds the update thread.
+  bool updatesPaused() const { return pauseDepth_ > 0; }
 
   // Session, scanning and connection
   std::int32_t closeApplication();

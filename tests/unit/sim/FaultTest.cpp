@@ -1,31 +1,33 @@
-// Scripted faults: link loss, zero error, battery, waveform and section faults, chamber refusals and
-// dosimeter sensor errors.
-#include <unistd.h>
-
+// Scripted faults: scan and connection, link loss, zero error, battery, waveform and section, chamber
+// refusals and dosimeter sensors.
 #include "SimTestSupport.h"
 
 namespace rx9400::simtest {
 namespace {
 
-std::string detectorWithFaults(std::int32_t id, std::int32_t type, const std::string& faults) {
-  return R"({"detectors": [{"identifier": )" + std::to_string(id) + R"(, "typeCode": )" +
-         std::to_string(type) + R"(, "faults": )" + faults + "}]}";
+using SimFaults = SimTest;
+
+TEST_F(SimFaults, ScanNeverCompletesOrConnectionFails) {
+  loadScenario(
+      R"({"faults": {"scanNeverCompletes": true}, "detectors": [{"identifier": 1, "typeCode": 1}]})");
+  MBScanForDetectors();
+  for (int poll = 0; poll < 500; ++poll) ASSERT_EQ(MBGetScanCompleteStatus(), 1);
+  EXPECT_EQ(MBGetNumberOfDetectors(1), 0);
+  loadScenario(R"({"faults": {"connectFails": true}, "detectors": [{"identifier": 1, "typeCode": 1}]})");
+  EXPECT_EQ(scanAndConnect({1}), 0);
+  EXPECT_EQ(status(1).connectionState, 0);
 }
 
-class SimLinkLoss : public ::testing::TestWithParam<int> {};
+using SimLinkLoss = SimTable<int>;
 
-TEST_P(SimLinkLoss, LosesTheLinkAfterTheGivenNumberOfCallsForGood) {
-  const int calls = GetParam();
-  loadScenario(detectorWithFaults(61, 1, R"({"linkLossAfterCalls": )" + std::to_string(calls) + "}"));
+TEST_P(SimLinkLoss, LosesTheLinkForGoodAfterTheGivenNumberOfCalls) {
+  loadScenario(one(61, 1, R"("faults": {"linkLossAfterCalls": )" + std::to_string(GetParam()) + "}"));
   scanAndConnect({61});
-  for (int i = 1; i < calls; ++i) {
-    BatteryStatus battery{};
-    MBGetBatteryStatus(&battery, 61, -1);  // any call naming the detector counts
-  }
-  EXPECT_EQ(status(61).connectionState, kConnected) << "call " << calls;
+  BatteryStatus battery{};
+  for (int i = 1; i < GetParam(); ++i) MBGetBatteryStatus(&battery, 61, -1);  // any call naming it counts
+  EXPECT_EQ(status(61).connectionState, kConnected);
   EXPECT_EQ(status(61).connectionState, kConnectionLost);
   EXPECT_EQ(MBEnableMeasurement(61), 0) << "commands fail";
-  EXPECT_EQ(status(61).connectionState, kConnectionLost);
   EXPECT_EQ(detectorState(61).connectionState, kConnectionLost);
 }
 
@@ -34,32 +36,28 @@ INSTANTIATE_TEST_SUITE_P(Calls, SimLinkLoss, ::testing::Values(1, 3, 10));
 struct ZeroErrorCase {
   const char* window;
   int clearAfterPoll;     // 0: never cleared
-  bool clearByPowerMode;  // else by enabling the measurement again
+  bool clearByPowerMode;  // else by arming again
   std::vector<std::int32_t> states;
 };
 
-void PrintTo(const ZeroErrorCase& c, std::ostream* out) {
-  *out << c.window;
-  if (c.clearAfterPoll > 0) *out << " cleared by " << (c.clearByPowerMode ? "power mode" : "arming");
-}
-
-class SimZeroError : public ::testing::TestWithParam<ZeroErrorCase> {};
+using SimZeroError = SimTable<ZeroErrorCase>;
 
 TEST_P(SimZeroError, ReportsStateSevenForItsWindowOrUntilCleared) {
-  loadScenario(detectorWithFaults(62, 1, R"({"zeroError": )" + std::string(GetParam().window) + "}"));
+  loadScenario(one(62, 1, R"("faults": {"zeroError": )" + std::string(GetParam().window) + "}"));
   scanAndConnect({62});
   MBEnableMeasurement(62);
-  for (std::size_t i = 0; i < GetParam().states.size(); ++i) {
-    EXPECT_EQ(status(62).measurementState, GetParam().states[i]) << "poll " << i + 1;
-    if (static_cast<int>(i + 1) == GetParam().clearAfterPoll) {
-      if (GetParam().clearByPowerMode) {
-        MBSetPowerMode(62, kPowerShutDown);
-      } else {
-        MBDisableMeasurement(62);
-        MBEnableMeasurement(62);
-      }
+  std::vector<std::int32_t> states;
+  while (states.size() < GetParam().states.size()) {
+    states.push_back(status(62).measurementState);
+    if (static_cast<int>(states.size()) != GetParam().clearAfterPoll) continue;
+    if (GetParam().clearByPowerMode) {
+      MBSetPowerMode(62, kPowerShutDown);
+    } else {
+      MBDisableMeasurement(62);
+      MBEnableMeasurement(62);
     }
   }
+  EXPECT_EQ(states, GetParam().states);
 }
 
 INSTANTIATE_TEST_SUITE_P(Windows, SimZeroError,
@@ -69,101 +67,72 @@ INSTANTIATE_TEST_SUITE_P(Windows, SimZeroError,
                                            ZeroErrorCase{"true", 2, true, {7, 7, 1, 1}},
                                            ZeroErrorCase{"true", 3, false, {7, 7, 7, 1}}));
 
-TEST(SimBattery, FollowsItsFaultWindowsPollByPoll) {
-  loadScenario(detectorWithFaults(63, 2, R"({"lowBattery": {"fromPoll": 3, "percent": 15},
+TEST_F(SimFaults, BatteryFollowsItsWindowsPollByPollInBothRecords) {
+  loadScenario(one(63, 2, R"("faults": {"lowBattery": {"fromPoll": 3, "percent": 15},
       "veryLowBattery": {"fromPoll": 5}, "charging": {"fromPoll": 6, "polls": 1}})"));
   scanAndConnect({63});
-  const std::int32_t states[] = {1, 1, 2, 2, 3, 3, 3};
-  const int percents[] = {80, 80, 15, 15, 4, 4, 4};
-  const std::int32_t charging[] = {0, 0, 0, 0, 0, 1, 0};
-  for (std::size_t i = 0; i < std::size(states); ++i) {
+  std::vector<std::string> polls;  // battery state, charge percent, charging state
+  for (int i = 0; i < 7; ++i) {
     const DetectorStatus s = status(63);
     BatteryStatus battery{};
     MBGetBatteryStatus(&battery, 63, -1);
-    EXPECT_EQ(s.battery.batteryState, states[i]) << "poll " << i + 1;
-    EXPECT_EQ(s.battery.chargePercent, percents[i]) << "poll " << i + 1;
-    EXPECT_EQ(s.battery.chargingState, charging[i]) << "poll " << i + 1;
-    EXPECT_EQ(std::memcmp(&battery, &s.battery, sizeof battery), 0) << "the same battery in both records";
+    EXPECT_EQ(std::memcmp(&battery, &s.battery, sizeof battery), 0) << "poll " << i + 1;
+    polls.push_back(std::to_string(s.battery.batteryState) + "/" + std::to_string(s.battery.chargePercent) +
+                    "/" + std::to_string(s.battery.chargingState));
   }
+  EXPECT_EQ(polls,
+            (std::vector<std::string>{"1/80/0", "1/80/0", "2/15/0", "2/15/0", "3/4/0", "3/4/1", "3/4/0"}));
 }
 
-/// An identifier of this test process alone: tests running side by side use different sections.
-std::int32_t processIdentifier() {
-  return 8000000 + static_cast<std::int32_t>(getpid() % 1000000);
-}
-
-std::string sectionName(std::int32_t id) {
-  char name[32];
-  std::snprintf(name, sizeof name, "MB_%08d", static_cast<int>(id));
-  return name;
-}
-
-TEST(SimWaveformFaults, NeverAvailablePublishesNothing) {
-  const std::int32_t id = processIdentifier();
-  loadScenario(R"({"detectors": [{"identifier": )" + std::to_string(id) + R"(, "typeCode": 1,
-      "exposures": [{"pollsBeforeStart": 0}], "faults": {"waveformNeverAvailable": true}}]})");
-  scanAndConnect({id});
-  deliverAioExposure(id);
-  EXPECT_GT(MBGetNumberOfDataPoints(id, 0), 0);
+TEST_F(SimFaults, WaveformNeverAvailableOrSectionMissing) {
+  loadScenario(one(ownId(), 1,
+                   R"("exposures": [{"pollsBeforeStart": 0}], "faults": {"waveformNeverAvailable": true})"));
+  scanAndConnect({ownId()});
+  deliverAio(ownId());
   WaveformParameters parameters{0, 10, 1, {0, 0}};
-  EXPECT_EQ(MBSetWaveformParameters(id, &parameters, 0), 0);
-  EXPECT_EQ(MBGetWaveformAvailabilityStatus(id), 0);
-  EXPECT_FALSE(readSection(sectionName(id)).has_value());
-  MBCloseApplication();
+  EXPECT_EQ(MBSetWaveformParameters(ownId(), &parameters, 0), 0);
+  EXPECT_EQ(MBGetWaveformAvailabilityStatus(ownId()), 0);
+  EXPECT_FALSE(readSection(ownId()).has_value());
+  loadScenario(
+      one(ownId(), 5, R"("dosimeter": {"chambers": [{"name": "C"}]}, "faults": {"sectionMissing": true})"));
+  scanAndConnect({ownId()});
+  EXPECT_EQ(MBGetChamberFileInfo(ownId()), 8) << "the length of \"1\\t1\\tC\\t0\\t\" is given";
+  EXPECT_FALSE(readSection(ownId()).has_value());
 }
 
-TEST(SimWaveformFaults, MissingSectionIsAnnouncedButNotThere) {
-  const std::int32_t id = processIdentifier();
-  loadScenario(R"({"detectors": [{"identifier": )" + std::to_string(id) + R"(, "typeCode": 5,
-      "dosimeter": {"chambers": [{"name": "C"}]}, "faults": {"sectionMissing": true}}]})");
-  scanAndConnect({id});
-  EXPECT_EQ(MBGetChamberFileInfo(id), 8) << "the length of \"1\\t1\\tC\\t0\\t\" is given";
-  EXPECT_FALSE(readSection(sectionName(id)).has_value());
-  MBCloseApplication();
-}
-
-struct ChamberRefusal {
+struct Refusal {
   const char* fault;
-  std::int16_t chamber;
-  std::int16_t calFactor;
+  int chamber, calFactor;  // what adding a chamber, then a cal factor answers
 };
 
-void PrintTo(const ChamberRefusal& c, std::ostream* out) {
-  *out << c.fault;
-}
-
-class SimChamberRefusal : public ::testing::TestWithParam<ChamberRefusal> {};
+using SimChamberRefusal = SimTable<Refusal>;
 
 TEST_P(SimChamberRefusal, AdditionAnswersZero) {
-  loadScenario(R"({"detectors": [{"identifier": 64, "typeCode": 3, "dosimeter": {"chambers": [{"name": "C"}]},
-      "faults": {")" +
-               std::string(GetParam().fault) + R"(": true}}]})");
+  loadScenario(one(64, 3,
+                   R"("dosimeter": {"chambers": [{"name": "C"}]}, "faults": {")" +
+                       std::string(GetParam().fault) + R"(": true})"));
   scanAndConnect({64});
-  char name[15] = {'N'};
+  char name[15] = "N";
   CalFactor factor{};
-  EXPECT_EQ(MBAddNewIonChamber(64, name), GetParam().chamber);
-  EXPECT_EQ(MBAddNewCalFactor(64, 1, &factor), GetParam().calFactor);
+  EXPECT_EQ((std::vector<int>{MBAddNewIonChamber(64, name), MBAddNewCalFactor(64, 1, &factor)}),
+            (std::vector<int>{GetParam().chamber, GetParam().calFactor}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, SimChamberRefusal,
-                         ::testing::Values(ChamberRefusal{"addChamberRefused", 0, 1},
-                                           ChamberRefusal{"addCalFactorRefused", 2, 0}));
+                         ::testing::Values(Refusal{"addChamberRefused", 0, 1},
+                                           Refusal{"addCalFactorRefused", 2, 0}));
 
-TEST(SimSensorFaults, ShowInTheDosimeterRecord) {
-  loadScenario(detectorWithFaults(65, 3, R"({"temperatureError": true, "biasError": {"fromPoll": 2},
+TEST_F(SimFaults, SensorFaultsShowInTheDosimeterRecord) {
+  loadScenario(one(65, 3, R"("faults": {"temperatureError": true, "biasError": {"fromPoll": 2},
       "sensorReset": {"fromPoll": 1, "polls": 1}})"));
   scanAndConnect({65});
-  DoseMeasuredData d{};
-  status(65);
-  MBGetDosimeterMeasuredData(&d, 65, 0);
-  EXPECT_EQ(d.temperatureState, kSensorError);
-  EXPECT_EQ(d.pressureState, 1);
-  EXPECT_EQ(d.biasVoltageState, 1);
-  EXPECT_NE(d.sensorReset, 0);
-  status(65);
-  MBGetDosimeterMeasuredData(&d, 65, 0);
-  EXPECT_EQ(d.biasVoltageState, kSensorError);
-  EXPECT_EQ(d.sensorReset, 0);
+  std::vector<int> polls;  // temperature, pressure, bias voltage state, sensor reset
+  for (DoseMeasuredData d{}; polls.size() < 8;) {
+    status(65);
+    MBGetDosimeterMeasuredData(&d, 65, 0);
+    polls.insert(polls.end(), {d.temperatureState, d.pressureState, d.biasVoltageState, d.sensorReset != 0});
+  }
+  EXPECT_EQ(polls, (std::vector<int>{kSensorError, 1, 1, 1, kSensorError, 1, kSensorError, 0}));
 }
 
 }  // namespace

@@ -1,20 +1,20 @@
-// Helpers shared by the simulator's tests: loading scenarios, scanning and connecting, reading the call
-// log and the shared-memory sections.
+// What the simulator's tests share: the fixture, scenarios of one detector, scanning and connecting,
+// the text exports and the shared-memory sections.
 #pragma once
 
 #include <gtest/gtest.h>
-
-#include <cstdint>
-#include <cstring>
-#include <optional>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include "SimControl.h"
 
@@ -28,43 +28,39 @@ extern "C" {
 
 namespace rx9400::simtest {
 
-inline std::string lastError() {
-  std::string text(static_cast<std::size_t>(SimGetLastError(nullptr, 0)), '\0');
-  SimGetLastError(text.data(), static_cast<std::int32_t>(text.size()));
-  text.pop_back();
-  return text;
-}
-
-inline void loadScenario(const std::string& json) {
-  ASSERT_EQ(SimLoadScenarioText(json.c_str()), kSimOk) << lastError();
+/// The whole text of a text export (SimGetCallLog, SimGetLastError, ...).
+template <typename Export, typename... Args>
+std::string text(Export get, Args... args) {
+  std::string s(static_cast<std::size_t>(get(args..., nullptr, 0)) + 1, '\0');
+  get(args..., s.data(), static_cast<std::int32_t>(s.size()));
+  return s.c_str();
 }
 
 inline std::vector<std::string> logLines() {
-  std::string text(static_cast<std::size_t>(SimGetCallLog(nullptr, 0)), '\0');
-  SimGetCallLog(text.data(), static_cast<std::int32_t>(text.size()));
+  std::istringstream stream(text(SimGetCallLog));
   std::vector<std::string> lines;
-  std::istringstream stream(text.c_str());
   for (std::string line; std::getline(stream, line);) lines.push_back(line);
   return lines;
 }
 
-inline SimDetectorState detectorState(std::int32_t id) {
-  SimDetectorState state{};
-  EXPECT_EQ(SimGetDetectorState(id, &state), 1) << "no detector " << id;
-  return state;
+inline void loadScenario(const std::string& json) {
+  ASSERT_EQ(SimLoadScenarioText(json.c_str()), kSimOk) << text(SimGetLastError);
 }
 
-/// Starts a scan and polls it to its end; returns the number of polls that answered "still scanning".
-inline int scanToCompletion(int limit = 100) {
-  MBScanForDetectors();
-  int scanning = 0;
-  while (MBGetScanCompleteStatus() == 1 && scanning < limit) ++scanning;
-  return scanning;
+/// A scenario of one detector; `fields` are further fields of the detector.
+inline std::string one(std::int32_t id, int typeCode, const std::string& fields = "") {
+  return R"({"detectors": [{"identifier": )" + std::to_string(id) + R"(, "typeCode": )" +
+         std::to_string(typeCode) + (fields.empty() ? "" : ", " + fields) + "}]}";
 }
 
-/// Scans and connects the given detectors; returns what MBConnectToDetectors answered.
+/// An identifier of this test process alone, so that tests running side by side use different sections.
+inline std::int32_t ownId() {
+  return 7000000 + static_cast<std::int32_t>(getpid() % 1000000);
+}
+
 inline std::int16_t scanAndConnect(std::vector<std::int32_t> ids) {
-  scanToCompletion();
+  MBScanForDetectors();
+  for (int polls = 0; MBGetScanCompleteStatus() == 1 && polls < 100;) ++polls;
   std::vector<std::uint8_t> types(ids.size(), 0);
   return MBConnectToDetectors(ids.data(), types.data(), static_cast<std::uint8_t>(ids.size()));
 }
@@ -75,57 +71,57 @@ inline DetectorStatus status(std::int32_t id) {
   return s;
 }
 
-/// Polls the detector's status until it reports data available; returns the polls taken, or -1.
-inline int pollUntilData(std::int32_t id, int limit = 50) {
-  for (int poll = 1; poll <= limit; ++poll) {
-    if (status(id).dataAvailable != 0) return poll;
-  }
-  return -1;
+inline SimDetectorState detectorState(std::int32_t id) {
+  SimDetectorState state{};
+  SimGetDetectorState(id, &state);
+  return state;
 }
 
-/// Arms an all-in-one detector, waits for its exposure and reads the data, so that its waveform is
-/// recorded.
-inline AioMeasuredData deliverAioExposure(std::int32_t id) {
+/// Arms an all-in-one detector, polls until its data are available and reads them.
+inline AioMeasuredData deliverAio(std::int32_t id) {
   MBEnableMeasurement(id);
-  EXPECT_GT(pollUntilData(id), 0);
+  for (int poll = 0; poll < 50 && status(id).dataAvailable == 0;) ++poll;
   AioMeasuredData data{};
-  MBGetMeasuredData(&data, id, 0);
+  EXPECT_EQ(MBGetMeasuredData(&data, id, 0), 1);
   return data;
 }
 
-/// The bytes of the POSIX shared-memory object "/" + name, or nothing when it does not exist.
-inline std::optional<std::vector<std::uint8_t>> readSection(const std::string& name) {
-  const int fd = shm_open(("/" + name).c_str(), O_RDONLY, 0);
+/// The bytes of the detector's section (POSIX object "/MB_" + identifier padded to 8 digits), if any.
+inline std::optional<std::string> readSection(std::int32_t id) {
+  char name[32];
+  std::snprintf(name, sizeof name, "/MB_%08d", static_cast<int>(id));
+  const int fd = shm_open(name, O_RDONLY, 0);
   if (fd < 0) return std::nullopt;
   struct stat info {};
   fstat(fd, &info);
-  std::vector<std::uint8_t> bytes(static_cast<std::size_t>(info.st_size));
-  if (!bytes.empty()) {
-    void* view = mmap(nullptr, bytes.size(), PROT_READ, MAP_SHARED, fd, 0);
-    if (view != MAP_FAILED) {
-      std::memcpy(bytes.data(), view, bytes.size());
-      munmap(view, bytes.size());
-    }
-  }
+  std::string bytes(static_cast<std::size_t>(info.st_size), '\0');
+  void* view = mmap(nullptr, bytes.size(), PROT_READ, MAP_SHARED, fd, 0);
   close(fd);
+  if (view == MAP_FAILED) return bytes;
+  std::memcpy(bytes.data(), view, bytes.size());
+  munmap(view, bytes.size());
   return bytes;
 }
 
-/// Little-endian 32-bit samples of a section.
-inline std::vector<std::int32_t> samplesOf(const std::vector<std::uint8_t>& bytes) {
-  std::vector<std::int32_t> samples;
-  for (std::size_t i = 0; i + 4 <= bytes.size(); i += 4) {
-    samples.push_back(static_cast<std::int32_t>(bytes[i] | bytes[i + 1] << 8 | bytes[i + 2] << 16 |
-                                                static_cast<std::uint32_t>(bytes[i + 3]) << 24));
+/// The section's little-endian 32-bit samples.
+inline std::vector<std::int32_t> samplesOf(const std::string& bytes) {
+  std::vector<std::int32_t> samples(bytes.size() / 4);
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    const auto* b = reinterpret_cast<const std::uint8_t*>(bytes.data() + 4 * i);
+    samples[i] = static_cast<std::int32_t>(b[0] | b[1] << 8 | b[2] << 16 | std::uint32_t{b[3]} << 24);
   }
   return samples;
 }
 
-/// Every test starts from the built-in default scenario.
+/// Every test starts from the built-in default scenario (an all-in-one with mAs meter 4711, a dosimeter
+/// 4712) and closes the application at its end.
 class SimTest : public ::testing::Test {
  protected:
-  void SetUp() override { ASSERT_EQ(SimLoadScenarioText(nullptr), kSimOk) << lastError(); }
+  void SetUp() override { loadScenario(""); }
   void TearDown() override { MBCloseApplication(); }
 };
+
+template <typename Row>
+class SimTable : public SimTest, public ::testing::WithParamInterface<Row> {};
 
 }  // namespace rx9400::simtest

@@ -1,0 +1,116 @@
+// The library's surface: every export under its plain name and in the Windows export list, the shipped
+// scenarios, the scenario sources and the format's rules.
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+
+#include "SimTestSupport.h"
+#include "device/MBFunctionTable.h"
+
+namespace rx9400::simtest {
+namespace {
+
+std::string fileText(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+TEST(SimSurface, EveryExportResolvesByItsPlainNameAndTheWindowsListNamesExactlyThem) {
+  std::multiset<std::string> expected = {
+      "SimLoadScenarioText", "SimLoadScenarioFile",    "SimReset",
+      "SimGetLastError",     "SimGetCallLog",          "SimClearCallLog",
+      "SimGetDetectorState", "SimGetLibraryState",     "SimGetDefaultScenario",
+      "SimGetChamberFile",   "SimGetUpdateThreadState"};
+  expected.insert(std::begin(kMBFunctionNames), std::end(kMBFunctionNames));
+  void* library = dlopen(SIM_LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(library, nullptr) << dlerror();
+  for (const std::string& name : expected) EXPECT_NE(dlsym(library, name.c_str()), nullptr) << name;
+  EXPECT_EQ(dlsym(library, "_ZN6rx94003sim9Simulator7restartEv"), nullptr) << "internals are hidden";
+  dlclose(library);
+
+  std::istringstream def(fileText(SIM_SOURCE_DIR "/TamsaMBDll.def"));
+  std::multiset<std::string> listed;
+  bool inExports = false;
+  for (std::string line, word; std::getline(def, line);) {
+    if (!(std::istringstream(line) >> word) || word[0] == ';') continue;
+    if (inExports) listed.insert(word);
+    inExports = inExports || word == "EXPORTS";
+  }
+  EXPECT_EQ(listed, expected);
+}
+
+TEST(SimSurface, BuiltInScenarioIsTheShippedDefaultAndEveryShippedScenarioLoads) {
+  EXPECT_EQ(text(SimGetDefaultScenario), fileText(SIM_SOURCE_DIR "/scenarios/default.json"));
+  for (const auto& entry : std::filesystem::directory_iterator(SIM_SOURCE_DIR "/scenarios"))
+    EXPECT_EQ(SimLoadScenarioFile(entry.path().c_str()), kSimOk) << text(SimGetLastError);
+}
+
+TEST(SimSurface, EnvironmentScenarioIsReadAtStartAndOnRegistrationUnlessATestLoadedOne) {
+  const auto path = std::filesystem::temp_directory_path() / ("sim_env_" + std::to_string(getpid()));
+  const auto write = [&](int id) { std::ofstream(path, std::ios::binary) << one(id, 1); };
+  SimDetectorState state{};
+  write(9001);
+  setenv("TAMSA_SIM_SCENARIO", path.c_str(), 1);
+  ASSERT_EQ(SimReset(), kSimOk) << text(SimGetLastError);
+  EXPECT_EQ(SimGetDetectorState(9001, &state), 1);
+  write(9002);
+  MBRegisterApplication(1);
+  EXPECT_EQ(SimGetDetectorState(9002, &state), 1) << "read again on registration";
+  loadScenario(one(9003, 1));
+  MBRegisterApplication(1);
+  EXPECT_EQ(SimGetDetectorState(9003, &state), 1) << "a scenario loaded by a test is kept";
+  std::ofstream(path) << "{ broken";
+  EXPECT_EQ(SimReset(), kSimInvalidScenario);
+  EXPECT_NE(text(SimGetLastError).find("TAMSA_SIM_SCENARIO"), std::string::npos);
+  EXPECT_EQ(SimGetDetectorState(4711, &state), 1) << "the built-in default stands in";
+  unsetenv("TAMSA_SIM_SCENARIO");
+  std::filesystem::remove(path);
+  EXPECT_EQ(SimLoadScenarioFile(path.c_str()), kSimCannotRead);
+  EXPECT_EQ(SimLoadScenarioFile(nullptr), kSimBadArgument);
+}
+
+struct BadScenario {
+  const char* json;
+  const char* errorPart;  // expected within the error text
+};
+
+using SimScenarioErrors = SimTable<BadScenario>;
+
+TEST_P(SimScenarioErrors, AreRefusedWithThePlaceNamedAndTheRunningScenarioKept) {
+  loadScenario(one(5, 1));
+  EXPECT_EQ(SimLoadScenarioText(GetParam().json), kSimInvalidScenario);
+  EXPECT_NE(text(SimGetLastError).find(GetParam().errorPart), std::string::npos) << text(SimGetLastError);
+  EXPECT_EQ(detectorState(5).identifier, 5);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Format, SimScenarioErrors,
+    ::testing::Values(
+        BadScenario{"{", "not valid JSON"}, BadScenario{R"({"detector": []})", "detectors: is required"},
+        BadScenario{R"({"detectors": [{"identifier": 1, "typeCode": 1, "exposures": [{"kvpAvrage": 1}]}]})",
+                    "detectors[0].exposures[0].kvpAvrage: unknown field"},
+        BadScenario{R"({"detectors": [{"identifier": 1, "typeCode": 6}]})",
+                    "detectors[0].typeCode: must lie in 1 to 5"},
+        BadScenario{R"({"detectors": [{"identifier": 0, "typeCode": 1}]})", "detectors[0].identifier"},
+        BadScenario{R"({"detectors": [{"identifier": 1, "typeCode": 1}, {"identifier": 1, "typeCode": 3}]})",
+                    "detectors[1].identifier: used by another detector"},
+        BadScenario{R"({"detectors": [{"identifier": 1, "typeCode": 3, "targetFilters": {}}]})",
+                    "detectors[0].targetFilters: only an all-in-one detector"},
+        BadScenario{R"({"detectors": [{"identifier": 1, "typeCode": 1, "calibrationDate": "2026-02-29"}]})",
+                    "not a calendar date"},
+        BadScenario{R"({"scan": {"completeStatus": 1}, "detectors": []})", "scan.completeStatus"},
+        BadScenario{R"({"detectors": [{"identifier": 1, "typeCode": 3,
+                        "dosimeter": {"chambers": [{"name": "sixteen chars..."}]}}]})",
+                    "chambers[0].name: longer than 15"},
+        BadScenario{R"({"detectors": [{"identifier": 1, "typeCode": 2, "exposures": [{}]}]})",
+                    "under \"mas\""},
+        BadScenario{
+            R"({"detectors": [{"identifier": 1, "typeCode": 1, "faults": {"zeroError": {"fromPol": 2}}}]})",
+            "faults.zeroError.fromPol: unknown field"}));
+
+}  // namespace
+}  // namespace rx9400::simtest
