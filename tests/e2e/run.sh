@@ -40,16 +40,17 @@ idl_entries() {
 library_id=$(idl_entries | awk '$1 == "library" { print $3 }')
 classes='HKEY_LOCAL_MACHINE\Software\Classes'
 user_classes='HKEY_CURRENT_USER\Software\Classes'
-# The registry under the roots given as .reg text (lower case), read from the prefix's files, which Wine
-# writes when its session ends.
-export_roots() {
+# The registry as .reg text (lower case, whole key names) in $registry, read from the prefix's files,
+# which Wine writes when its session ends.
+registry=build/e2e-artifacts/registry.txt
+snapshot() {
   wineserver -k 2>/dev/null
   timeout 30 wineserver -w 2>/dev/null
-  local root
-  for root in "$@"; do
-    awk -v root="${root%%\\*}" '/^\[/ { key = substr($0, 2, index($0, "]") - 2); gsub(/\\\\/, "\\", key)
-      print "[" root "\\" key "]"; next } /^[@"]/' "$WINEPREFIX/$([ "${root%%\\*}" = HKEY_LOCAL_MACHINE ] && echo system || echo user).reg"
-  done | tr '[:upper:]' '[:lower:]'
+  local root file
+  for root in hkey_local_machine:system hkey_current_user:user; do
+    awk -v root="${root%:*}" '/^\[/ { key = substr($0, 2, index($0, "]") - 2); gsub(/\\\\/, "\\", key)
+      print "[" root "\\" key "]"; next } /^[@"]/' "$WINEPREFIX/${root#*:}.reg"
+  done | tr '[:upper:]' '[:lower:]' >"$registry"
 }
 # Every value a registration writes under ROOT for the plug-in at DLL, as "[KEY] NAME=DATA" lines.
 expected_values() {
@@ -72,7 +73,7 @@ registered() {
   local root=$1 dll=$2 pattern=${3:-.} found count
   count=$(idl_entries | awk '{ print $1 }' | sort | uniq -c | awk '{ printf "%s %s,", $2, $1 }')
   [ "$count" = "coclass 3,dispinterface 1,interface 3,library 1," ] || { echo "the IDL lists $count"; return 1; }
-  found=$(export_roots "$root" | awk '/^\[/ { key = $0; next } { print key, $0 }')
+  found=$(awk '/^\[/ { key = $0; next } { print key, $0 }' "$registry")
   expected_values "$root" "${dll//\\/\\\\}" | tr '[:upper:]' '[:lower:]' | grep -e "$pattern" |
     grep -vxF -f <(printf '%s\n' "$found") | sed 's/^/missing: /' | grep . && return 1
   return 0
@@ -80,7 +81,7 @@ registered() {
 # Fails with every key of a registration still found under the roots given.
 nothing_registered() {
   local pattern=$1 found kind name guid; shift
-  found=$(export_roots "$@" | grep '^\[')
+  found=$(grep '^\[' "$registry")
   for root in "$@"; do
     while read -r kind name guid; do
       case $kind in
@@ -96,6 +97,7 @@ nothing_registered() {
 }
 
 check "regsvr32 registers the plug-in" run_wine 60 regsvr32 /s "$plugin"
+snapshot
 check "registration writes the class, ProgID, TypeLib and Interface keys (HKLM\\Software\\Classes)" \
   registered "$classes" "$plugin"
 
@@ -153,6 +155,7 @@ sessions "--artifacts=$(windows_path "$session/pseudo-language")" --pseudo-langu
 check "regsvr32 /u unregisters the test language component" run_wine 30 regsvr32 /s /u "$language"
 
 check "regsvr32 /u unregisters the plug-in" run_wine 60 regsvr32 /s /u "$plugin"
+snapshot
 check "unregistration removes every CLSID, ProgID, TypeLib and Interface key" nothing_registered . "$classes"
 
 # --- Without the device library, and per user -------------------------------------------------------
@@ -168,6 +171,7 @@ check "regsvr32 /u unregisters the plug-in from that folder" \
 # its COM does not read HKCU\Software\Classes: the type library may be under either root (the removal
 # check looks at both), and the classes are not created from this registration.
 check "regsvr32 /n /i:user registers the plug-in for the current user" run_wine 60 regsvr32 /s /n /i:user "$plugin"
+snapshot
 class_keys='\\clsid\\\|classes\\tamsarx9400vti\.' type_library_keys='\\interface\\.*\\typelib]\|\\win64]'
 type_library_anywhere() {
   registered "$user_classes" "$plugin" "$type_library_keys" >/dev/null ||
@@ -179,6 +183,7 @@ check "per-user registration registers the type library (under HKCU or HKLM)" ty
 check "per-user registration writes no class machine-wide" nothing_registered "$class_keys" "$classes"
 check "regsvr32 /u /n /i:user unregisters the plug-in for the current user" \
   run_wine 60 regsvr32 /s /u /n /i:user "$plugin"
+snapshot
 check "per-user unregistration removes every key (HKCU and HKLM)" nothing_registered . "$user_classes" "$classes"
 
 finish e2e
