@@ -6,7 +6,6 @@
 //   rx9400-demo [--passes N]
 #include <windows.h>
 
-#include <ocidl.h>
 #include <oleauto.h>
 
 #include <cstdio>
@@ -16,86 +15,16 @@
 #include <string>
 #include <vector>
 
+#include "Automation.h"
+#include "ComPtr.h"
+#include "RecordingSink.h"
 #include "win/TamsaRX9400VTI_h.h"
 
 namespace {
 
-std::string narrow(const wchar_t* text, UINT length) {
-  if (text == nullptr || length == 0) return {};
-  const int size =
-      WideCharToMultiByte(CP_UTF8, 0, text, static_cast<int>(length), nullptr, 0, nullptr, nullptr);
-  std::string result(static_cast<std::size_t>(size), '\0');
-  WideCharToMultiByte(CP_UTF8, 0, text, static_cast<int>(length), result.data(), size, nullptr, nullptr);
-  return result;
-}
-
-std::string textOf(BSTR text) {
-  return narrow(text, text != nullptr ? SysStringLen(text) : 0);
-}
-
-std::string textOf(const VARIANT& value) {
-  const VARIANT* v = &value;
-  if (V_VT(v) == (VT_BYREF | VT_VARIANT)) v = V_VARIANTREF(v);
-  if (V_VT(v) == (VT_BYREF | VT_BSTR)) return textOf(*V_BSTRREF(v));
-  VARIANT copy;
-  VariantInit(&copy);
-  if (FAILED(VariantChangeType(&copy, const_cast<VARIANT*>(v), VARIANT_ALPHABOOL, VT_BSTR))) return "?";
-  std::string text = textOf(V_BSTR(&copy));
-  VariantClear(&copy);
-  return text;
-}
-
-/// The instrument's events: printed as they come, and the last values of each kind kept for the table.
-class EventSink final : public IDispatch {
- public:
-  std::vector<std::string> names = {"",
-                                    "IncrementWaveCount",
-                                    "ZeroingmAs",
-                                    "AddWakeUpButton",
-                                    "EnableStopButton",
-                                    "DataReady",
-                                    "CheckExposureWaveform",
-                                    "DisplayErrorMsg",
-                                    "DisplaySensorResetMsg",
-                                    "TestSWDataReady",
-                                    "TestmAsDataReady"};
-  std::map<DISPID, std::vector<std::string>> last;  ///< the arguments of the last event of each kind
-  std::vector<std::string> order;                   ///< every event, in order
-
-  STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    *out = nullptr;
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IDispatch) &&
-        !IsEqualIID(iid, DIID___CRX9400VTI)) {
-      return E_NOINTERFACE;
-    }
-    *out = static_cast<IDispatch*>(this);
-    return S_OK;
-  }
-  STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-  STDMETHODIMP_(ULONG) Release() override { return 1; }
-  STDMETHODIMP GetTypeInfoCount(UINT* count) override {
-    *count = 0;
-    return S_OK;
-  }
-  STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-  STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*, EXCEPINFO*,
-                      UINT*) override {
-    std::vector<std::string> arguments;
-    for (UINT i = parameters != nullptr ? parameters->cArgs : 0; i > 0; --i) {
-      arguments.push_back(textOf(parameters->rgvarg[i - 1]));  // arguments arrive last to first
-    }
-    last[id] = arguments;
-    std::string line = id > 0 && id < static_cast<DISPID>(names.size()) ? names[static_cast<std::size_t>(id)]
-                                                                        : "event " + std::to_string(id);
-    for (const auto& argument : arguments) line += " [" + argument + "]";
-    order.push_back(line);
-    std::printf("  event: %s\n", line.c_str());
-    std::fflush(stdout);
-    return S_OK;
-  }
-};
+using rx9400::e2e::ComPtr;
+using rx9400::e2e::narrow;
+using rx9400::e2e::RecordingSink;
 
 void check(HRESULT hr, const char* what) {
   if (SUCCEEDED(hr)) return;
@@ -112,11 +41,11 @@ void pump() {
 }
 
 template <typename Interface>
-Interface* create(const wchar_t* progId, REFIID iid) {
+ComPtr<Interface> create(const wchar_t* progId, REFIID iid) {
   CLSID classId;
   check(CLSIDFromProgID(progId, &classId), "finding the class (is the plug-in registered?)");
-  Interface* object = nullptr;
-  check(CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, iid, reinterpret_cast<void**>(&object)),
+  ComPtr<Interface> object;
+  check(CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, iid, object.putVoid()),
         "creating the class");
   return object;
 }
@@ -124,7 +53,7 @@ Interface* create(const wchar_t* progId, REFIID iid) {
 std::string property(_CRX9400VTI* instrument, HRESULT (STDMETHODCALLTYPE _CRX9400VTI::*get)(BSTR*)) {
   BSTR text = nullptr;
   (instrument->*get)(&text);
-  std::string result = textOf(text);
+  std::string result = narrow(text != nullptr ? text : L"");
   SysFreeString(text);
   return result;
 }
@@ -138,24 +67,24 @@ void printTable(const char* title, const std::vector<const char*>& labels,
   }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  int passes = 400;
-  for (int i = 1; i < argc; ++i) {
-    if (std::strcmp(argv[i], "--passes") == 0 && i + 1 < argc) passes = std::atoi(argv[++i]);
-  }
-  check(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), "starting COM");
-  auto* query = create<_CRX9400Query>(L"TamsaRX9400VTI.CRX9400Query", IID__CRX9400Query);
-  auto* instrument = create<_CRX9400VTI>(L"TamsaRX9400VTI.CRX9400VTI", IID__CRX9400VTI);
-  EventSink sink;
-  IConnectionPointContainer* container = nullptr;
-  IConnectionPoint* point = nullptr;
-  DWORD cookie = 0;
-  check(instrument->QueryInterface(IID_IConnectionPointContainer, reinterpret_cast<void**>(&container)),
-        "finding the events");
-  check(container->FindConnectionPoint(DIID___CRX9400VTI, &point), "finding the events");
-  check(point->Advise(&sink, &cookie), "listening to the events");
+int demo(int passes) {
+  auto query = create<_CRX9400Query>(L"TamsaRX9400VTI.CRX9400Query", IID__CRX9400Query);
+  auto instrument = create<_CRX9400VTI>(L"TamsaRX9400VTI.CRX9400VTI", IID__CRX9400VTI);
+  // The events are printed as they come; the last values of each kind are kept for the tables.
+  ComPtr<RecordingSink> sink;
+  *sink.put() = new RecordingSink();
+  std::map<DISPID, std::vector<std::string>> last;
+  sink->onEvent = [&last](const RecordingSink::Event& event) {
+    std::string line = rx9400::e2e::eventName(event.id);
+    std::vector<std::string>& values = last[event.id];
+    values.clear();
+    for (const auto& argument : event.arguments) values.push_back(narrow(argument.text));
+    for (const auto& value : values) line += " [" + value + "]";
+    std::printf("  event: %s\n", line.c_str());
+    std::fflush(stdout);
+  };
+  const rx9400::e2e::Advised advised(instrument.get(), sink.get());
+  check(advised.result, "listening to the events");
 
   std::printf("Registering with the device library and scanning for detectors...\n");
   std::fflush(stdout);
@@ -168,8 +97,8 @@ int main(int argc, char** argv) {
     return 2;
   }
   std::printf("Connected: serial numbers %s firmware %s\n",
-              property(instrument, &_CRX9400VTI::get_pSerialNumber).c_str(),
-              property(instrument, &_CRX9400VTI::get_pFirmWareVersion).c_str());
+              property(instrument.get(), &_CRX9400VTI::get_pSerialNumber).c_str(),
+              property(instrument.get(), &_CRX9400VTI::get_pFirmWareVersion).c_str());
 
   std::printf("Sending the measurement settings (RADIO, MANUAL) and arming the detectors...\n");
   BSTR mode = SysAllocString(L"RADIO");
@@ -195,7 +124,7 @@ int main(int argc, char** argv) {
     instrument->CheckDataStatus(&finished);
     if (finished != VARIANT_FALSE) ++exposures;
     // Done when every kind of detector connected has delivered its values.
-    if (sink.last.count(5) != 0 && sink.last.count(9) != 0 && sink.last.count(10) != 0) break;
+    if (last.count(5) != 0 && last.count(9) != 0 && last.count(10) != 0) break;
     pump();
     Sleep(10);
   }
@@ -205,25 +134,32 @@ int main(int argc, char** argv) {
   printTable("All-in-one detector (DataReady)",
              {"kVp average", "kVp maximum", "kVp practical peak", "Dose", "Dose rate", "Exposure time",
               "Exposed pulses", "Pulse rate", "Pulse width", "HVL"},
-             sink.last[5]);
+             last[5]);
   printTable("Dosimeter (TestSWDataReady)",
              {"Temperature", "Pressure", "ADCF", "Leakage current", "Dose", "Dose rate", "Bias voltage"},
-             sink.last[9]);
-  printTable("mAs meter (TestmAsDataReady)", {"mA", "mAs", "mAs pulses", "Dose per mAs"}, sink.last[10]);
+             last[9]);
+  printTable("mAs meter (TestmAsDataReady)", {"mA", "mAs", "mAs pulses", "Dose per mAs"}, last[10]);
   double kvp = 0;
   double time = 0;
   instrument->get_pGetExposurekVp(&kvp);
   instrument->get_pGetExposureTime(&time);
   std::printf("\n  pGetExposurekVp %g, pGetExposureTime %g\n", kvp, time);
 
-  point->Unadvise(cookie);
-  point->Release();
-  container->Release();
   query->CloseApp();
-  instrument->Release();
-  query->Release();
   SysFreeString(mode);
   SysFreeString(setup);
+  return last.count(5) != 0 ? 0 : 3;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  int passes = 400;
+  for (int i = 1; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--passes") == 0 && i + 1 < argc) passes = std::atoi(argv[++i]);
+  }
+  check(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), "starting COM");
+  const int status = demo(passes);
   CoUninitialize();
-  return sink.last.count(5) != 0 ? 0 : 3;
+  return status;
 }

@@ -1,8 +1,8 @@
-// The plug-in's session and detector connection as the executive and a person at the test bench meet
-// them: the query class scans in its scan dialog, lists what it found in its connect dialog and
-// connects the detectors ticked there, or says why not in a message box. The main thread calls the
-// plug-in as the executive does; an automation thread plays the person, reads every text and keeps a
-// picture of each window. The simulator's call log shows what reached the device library.
+// The plug-in's session dialogs as a person at the test bench meets them: the scan dialog, the connect
+// dialog listing what the scan found, and the message boxes that say why not. The main thread calls the
+// plug-in as the executive does; an automation thread reads every text, ticks rows, presses buttons and
+// keeps a picture of each window. Every text must come from the catalogue: under the test language
+// component (--pseudo-language) each one shows as "[[text]]".
 //
 // Each check needs the scenario run.sh gives it (TAMSA_SIM_SCENARIO) and a host process of its own: a
 // detector kind asked for with SendDetectorType stays asked for as long as the process lives.
@@ -10,63 +10,40 @@
 
 #include <algorithm>
 #include <string>
-#include <utility>
+#include <tuple>
 #include <vector>
 
-#include "Automation.h"
-#include "Checks.h"
-#include "SessionSupport.h"
-#include "SimulatorAccess.h"
+#include "HostChecks.h"
 #include "win/dialogs/ConnectDialog/ConnectDialogIds.h"
 #include "win/dialogs/ScanDialog/ScanDialogIds.h"
 
 namespace rx9400::e2e {
 namespace {
 
-/// A detector of the default scenario (and of scenarios/session.json) as the connect dialog shows it.
+/// A detector of the default scenario (and of scenarios/session.json) as the connect dialog shows it:
+/// identifier, kind word, serial number, software and hardware version, calibration and due year.
 struct ListedDetector {
   std::int32_t identifier;
-  const wchar_t* kind;  ///< the kind word of its row
-  const wchar_t* serialNumber;
-  const wchar_t* softwareVersion;  ///< after "SW Version: "
-  const wchar_t* hardwareVersion;  ///< after "HW Version: "
-  const wchar_t* calibrationYear;
-  const wchar_t* dueYear;
+  const wchar_t *kind, *serialNumber, *software, *hardware, *calibrated, *due;
 };
 const ListedDetector kDetectors[] = {
     {4711, L"AIO+MAS", L"94001207", L"2.14-1.3", L"3.1-1.2", L"2025", L"2027"},
     {4712, L"DOSE", L"93000518", L"1.8-1.1", L"2.0-1.2", L"2025", L"2027"},
 };
 
-/// The text the plug-in shows for a text of its catalogue: the default English text, or under the
-/// test language component "[[" + text + "]]".
-class Shown {
- public:
-  explicit Shown(bool pseudoLanguage) : pseudo_(pseudoLanguage) {}
-  std::wstring operator()(const std::wstring& text) const { return pseudo_ ? L"[[" + text + L"]]" : text; }
-  /// True for a text the catalogue gave: never empty nor a whole literal ("22401::..."), and under
-  /// the test language one that begins with "[[".
+/// The text the plug-in shows for a catalogue text, and whether a shown text came from the catalogue:
+/// never empty nor a whole literal ("22401::..."), and "[[...]]" under the test language.
+struct Shown {
+  bool pseudo;
+  std::wstring operator()(const std::wstring& text) const { return pseudo ? L"[[" + text + L"]]" : text; }
   bool fromCatalogue(const std::wstring& text) const {
-    if (text.empty() || text.find(L"::") != std::wstring::npos) return false;
-    return !pseudo_ || text.rfind(L"[[", 0) == 0;
+    return !text.empty() && text.find(L"::") == std::wstring::npos && (!pseudo || text.rfind(L"[[", 0) == 0);
   }
-
- private:
-  bool pseudo_;
 };
-
-// --- windows and their texts --------------------------------------------------------------------
-
-HWND waitForBox(const std::string& when) {
-  HWND box = waitForMessageBox(GetCurrentProcessId(), kStepMs);
-  expect(box != nullptr, "no message box appeared " + when);
-  return box;
-}
 
 std::wstring controlText(HWND dialog, int id) {
   HWND control = GetDlgItem(dialog, id);
-  expect(control != nullptr,
-         "the dialog " + quoted(windowText(dialog)) + " has no control " + std::to_string(id));
+  expect(control != nullptr, quoted(windowText(dialog)) + " has no control " + std::to_string(id));
   return windowText(control);
 }
 
@@ -75,317 +52,212 @@ void expectText(HWND dialog, int id, const std::wstring& wanted, const char* wha
   expect(actual == wanted, std::string(what) + " reads " + quoted(actual) + ", expected " + quoted(wanted));
 }
 
-void expectStaysOpen(HWND window, const std::string& what) {
-  expect(!waitUntilGone(window, 300), what + " closed");
-}
-
-/// Every text a window of the plug-in shows other than values (the ids in `values`): its caption,
-/// labels and buttons; of a message box its caption and text (its buttons are the system's).
+/// Every text a window shows apart from values (the control ids in `values`): its caption, labels and
+/// buttons; of a message box its caption and text.
 void expectCatalogueTexts(HWND window, const Shown& shown, const std::vector<int>& values = {}) {
-  const std::wstring caption = windowText(window);
-  expect(shown.fromCatalogue(caption), "the window caption " + quoted(caption) + " is not a catalogue text");
+  std::vector<std::wstring> texts = {windowText(window)};
   if (GetDlgItem(window, kMessageBoxTextId) != nullptr) {
-    const std::wstring text = messageBoxText(window);
-    expect(shown.fromCatalogue(text), "the message box text " + quoted(text) + " is not a catalogue text");
-    return;
-  }
-  for (HWND child = GetWindow(window, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-    const int id = GetDlgCtrlID(child);
-    if (std::find(values.begin(), values.end(), id) != values.end()) continue;
-    const std::wstring type = windowClass(child);
-    const LONG_PTR style = GetWindowLongPtrW(child, GWL_STYLE);
-    const bool picture = (style & SS_TYPEMASK) == SS_OWNERDRAW || (style & SS_TYPEMASK) == SS_ICON ||
-                         (style & SS_TYPEMASK) == SS_BITMAP;
-    if ((_wcsicmp(type.c_str(), L"Static") == 0 && !picture) || _wcsicmp(type.c_str(), L"Button") == 0) {
-      const std::wstring text = windowText(child);
-      expect(shown.fromCatalogue(text), "the control " + std::to_string(id) + " of " + quoted(caption) +
-                                            " shows " + quoted(text) + ", not a catalogue text");
+    texts.push_back(messageBoxText(window));
+  } else {
+    for (HWND child = GetWindow(window, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+      const LONG_PTR type = GetWindowLongPtrW(child, GWL_STYLE) & SS_TYPEMASK;
+      const bool label = _wcsicmp(windowClass(child).c_str(), L"Static") == 0 && type != SS_OWNERDRAW &&
+                         type != SS_ICON && type != SS_BITMAP;
+      const bool value = std::find(values.begin(), values.end(), GetDlgCtrlID(child)) != values.end();
+      if ((label || _wcsicmp(windowClass(child).c_str(), L"Button") == 0) && !value) {
+        texts.push_back(windowText(child));
+      }
     }
   }
-}
-
-/// The system icon of a critical message box (style 16), IDI_HAND.
-constexpr WORD kCriticalIcon = 32513;
-
-/// True when the message box shows the system icon `icon`.
-bool showsIcon(HWND box, WORD icon) {
-  const HICON wanted = LoadIconW(nullptr, MAKEINTRESOURCEW(icon));
-  for (HWND child = GetWindow(box, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-    if ((GetWindowLongPtrW(child, GWL_STYLE) & SS_TYPEMASK) != SS_ICON ||
-        _wcsicmp(windowClass(child).c_str(), L"Static") != 0) {
-      continue;
-    }
-    DWORD_PTR shownIcon = 0;
-    if (SendMessageTimeoutW(child, STM_GETICON, 0, 0, SMTO_ABORTIFHUNG, 3000, &shownIcon) != 0 &&
-        reinterpret_cast<HICON>(shownIcon) == wanted) {
-      return true;
-    }
+  for (const std::wstring& text : texts) {
+    expect(shown.fromCatalogue(text), quoted(texts[0]) + " shows " + quoted(text) + ", not a catalogue text");
   }
-  return false;
 }
 
 /// A message box of the plug-in: its caption and text, OK alone, the critical icon; pictured, then
 /// answered with OK.
-void answerMessageBox(HWND box, const std::wstring& caption, const std::wstring& text, const Shown& shown,
-                      const Pictures& pictures, const std::string& picture) {
-  expect(windowText(box) == caption,
-         "the message box is titled " + quoted(windowText(box)) + ", expected " + quoted(caption));
-  expect(messageBoxText(box) == text,
-         "the message box says " + quoted(messageBoxText(box)) + ", expected " + quoted(text));
-  const std::vector<std::wstring> buttons = buttonTexts(box);
-  expect(buttons == std::vector<std::wstring>{L"OK"}, "the message box " + quoted(caption) + " offers " +
-                                                          std::to_string(buttons.size()) +
-                                                          " buttons, not OK alone");
-  expect(showsIcon(box, kCriticalIcon),
-         "the message box " + quoted(caption) + " does not show the critical icon");
+void answerMessageBox(const Options& options, const std::string& picture, HWND box,
+                      const std::wstring& caption, const std::wstring& text, const Shown& shown) {
+  expect(windowText(box) == caption, "the message box is titled " + quoted(windowText(box)));
+  expect(messageBoxText(box) == text, "the message box says " + quoted(messageBoxText(box)));
+  expect(buttonTexts(box) == std::vector<std::wstring>{L"OK"}, quoted(caption) + " does not offer OK alone");
+  bool critical = false;
+  const HICON hand = LoadIconW(nullptr, MAKEINTRESOURCEW(32513));  // IDI_HAND
+  for (HWND child = GetWindow(box, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+    DWORD_PTR icon = 0;
+    if ((GetWindowLongPtrW(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON &&
+        SendMessageTimeoutW(child, STM_GETICON, 0, 0, SMTO_ABORTIFHUNG, 3000, &icon) != 0) {
+      critical = critical || reinterpret_cast<HICON>(icon) == hand;
+    }
+  }
+  expect(critical, quoted(caption) + " does not show the critical icon");
   expectCatalogueTexts(box, shown);
-  pictures.save(box, picture);
+  savePicture(box, options.artifacts, picture);
   press(box, IDOK, "OK");
   expectGone(box, "the message box " + quoted(caption));
 }
 
-// --- the scan and connect dialogs ---------------------------------------------------------------
-
-void expectScanDialog(HWND scan, const Shown& shown) {
+HWND scanDialog(const Options& options, const char* check, const Shown& shown) {
+  HWND scan = waitForDialog(shown(L"Scanning..."), "the scan dialog");
   expectText(scan, IDC_SCAN_LABEL, shown(L"Scanning..."), "the scan dialog's label");
   expectText(scan, IDC_SCAN_STOP, shown(L"Stop"), "the scan dialog's button");
   expectCatalogueTexts(scan, shown);
+  savePicture(scan, options.artifacts, std::string(check) + "-scanning");
+  return scan;
 }
 
-const ListedDetector* detectorWithSerial(const std::wstring& serialNumber) {
+/// The detector a row of the connect dialog lists, by its serial number and kind word.
+const ListedDetector& detectorOfRow(HWND list, int row) {
+  const std::wstring kind = listViewItemText(list, row, 0), serial = listViewItemText(list, row, 1);
   for (const ListedDetector& detector : kDetectors) {
-    if (serialNumber == detector.serialNumber) return &detector;
+    if (serial == detector.serialNumber && kind == detector.kind) return detector;
   }
-  return nullptr;
+  fail("row " + std::to_string(row) + " reads " + quoted(kind) + " " + quoted(serial));
 }
 
 /// The rows are the scenario's two detectors, once each, with their kind words; none is ticked.
 void expectListedDetectors(HWND list) {
-  const int count = listViewItemCount(list);
-  expect(count == static_cast<int>(std::size(kDetectors)),
-         "the connect dialog lists " + std::to_string(count) + " detectors, expected 2");
-  std::vector<std::int32_t> listed;
-  for (int row = 0; row < count; ++row) {
-    const std::wstring kind = listViewItemText(list, row, 0);
-    const std::wstring serial = listViewItemText(list, row, 1);
-    const ListedDetector* detector = detectorWithSerial(serial);
-    expect(detector != nullptr && kind == detector->kind,
-           "row " + std::to_string(row) + " reads " + quoted(kind) + " " + quoted(serial));
-    listed.push_back(detector->identifier);
+  expect(listViewItemCount(list) == 2, "the connect dialog lists " + std::to_string(listViewItemCount(list)));
+  expect(&detectorOfRow(list, 0) != &detectorOfRow(list, 1), "a detector is listed twice");
+  for (int row = 0; row < 2; ++row) {
     expect(!listViewItemChecked(list, row),
            "row " + std::to_string(row) + " is ticked before anyone ticked it");
   }
-  std::sort(listed.begin(), listed.end());
-  expect(std::adjacent_find(listed.begin(), listed.end()) == listed.end(), "a detector is listed twice");
 }
 
-int rowOfKind(HWND list, const std::wstring& kind) {
-  for (int row = 0; row < listViewItemCount(list); ++row) {
-    if (listViewItemText(list, row, 0) == kind) return row;
-  }
-  fail("the connect dialog lists no " + narrow(kind) + " detector");
-}
-
-/// The detail labels describe the selected row's detector.
-void expectDetailsOfSelectedRow(HWND connect, HWND list, const Shown& shown) {
-  const int row = selectedListViewItem(list);
-  expect(row >= 0, "no row of the connect dialog is selected");
-  const std::wstring serial = listViewItemText(list, row, 1);
-  // The labels follow a new selection on the dialog's own thread.
-  pollFor(kStepMs, [&] { return controlText(connect, IDC_CONNECT_SERIAL) == serial; });
-  const ListedDetector* detector = detectorWithSerial(serial);
-  expect(detector != nullptr, "the selected row reads " + quoted(serial));
-  expectText(connect, IDC_CONNECT_SERIAL, serial, "the serial number label");
-  expectText(connect, IDC_CONNECT_SW, shown(L"SW Version: ") + detector->softwareVersion,
-             "the software version label");
-  expectText(connect, IDC_CONNECT_HW, shown(L"HW Version: ") + detector->hardwareVersion,
-             "the hardware version label");
-  const struct {
-    int id;
-    std::wstring opening;
-    const wchar_t* year;
-  } dates[] = {{IDC_CONNECT_CALDATE, shown(L"Cal Date: "), detector->calibrationYear},
-               {IDC_CONNECT_DUEDATE, shown(L"Cal Due Date: "), detector->dueYear}};
-  for (const auto& date : dates) {
-    const std::wstring text = controlText(connect, date.id);
-    expect(
-        text.rfind(date.opening, 0) == 0 && text.find(date.year, date.opening.size()) != std::wstring::npos,
-        "a date label reads " + quoted(text) + ", expected " + quoted(date.opening) + " and a date in " +
-            narrow(date.year));
-  }
-}
-
-/// The connect dialog's captions, and the details of the selected row and then of the other one.
-void expectConnectDialog(HWND connect, HWND list, const Shown& shown) {
-  expectText(connect, IDC_CONNECT_SELECT, shown(L"Select Detector(s)"), "the list's heading");
-  expectText(connect, IDC_CONNECT_CONNECT, shown(L"Connect"), "the connect button");
-  expectText(connect, IDC_CONNECT_CANCEL, shown(L"Cancel"), "the cancel button");
+/// Selects each row in turn: the detail labels follow it (serial number, dates, versions).
+void expectDetailsOfEachRow(HWND connect, HWND list, const Shown& shown) {
   expectCatalogueTexts(connect, shown, {IDC_CONNECT_SERIAL});
-  expectDetailsOfSelectedRow(connect, list, shown);
-  const int other = selectedListViewItem(list) == 0 ? 1 : 0;
-  expect(selectListViewItem(list, other), "row " + std::to_string(other) + " cannot be selected");
-  expectDetailsOfSelectedRow(connect, list, shown);
+  for (int row = 0; row < 2; ++row) {
+    expect(selectListViewItem(list, row), "row " + std::to_string(row) + " cannot be selected");
+    const ListedDetector* detector = &detectorOfRow(list, row);
+    const std::wstring serial = detector->serialNumber;
+    pollFor(kStepMs, [&] { return controlText(connect, IDC_CONNECT_SERIAL) == serial; });
+    expectText(connect, IDC_CONNECT_SERIAL, serial, "the serial number label");
+    expectText(connect, IDC_CONNECT_SW, shown(L"SW Version: ") + detector->software, "the software version");
+    expectText(connect, IDC_CONNECT_HW, shown(L"HW Version: ") + detector->hardware, "the hardware version");
+    for (const auto& [id, opening, year] :
+         {std::tuple{IDC_CONNECT_CALDATE, shown(L"Cal Date: "), detector->calibrated},
+          std::tuple{IDC_CONNECT_DUEDATE, shown(L"Cal Due Date: "), detector->due}}) {
+      const std::wstring text = controlText(connect, id);
+      expect(text.rfind(opening, 0) == 0 && text.find(year, opening.size()) != std::wstring::npos,
+             "a date label reads " + quoted(text) + ", expected a date in " + narrow(year));
+    }
+  }
 }
 
-// --- the checks ----------------------------------------------------------------------------------
-
-void checkScanConnect(const HostOptions& options) {
-  const Shown shown(options.pseudoLanguage);
-  const Pictures pictures(options, "scan-connect");
+void checkScanConnect(const Options& options) {
+  const Shown shown{options.pseudoLanguage};
   Session session = openSession(options);
   driveModal(
-      pictures,
+      options, "scan-connect",
       [&] {
-        HWND scan = waitForDialog(shown(L"Scanning..."), "the scan dialog");
-        expectScanDialog(scan, shown);
-        pictures.save(scan, "scanning");
+        HWND scan = scanDialog(options, "scan-connect", shown);
         HWND connect = waitForDialog(shown(L"Establish Connection"), "the connect dialog");
         expect(!IsWindow(scan) || !IsWindowVisible(scan),
                "the scan dialog stayed open beside the connect dialog");
+        expectText(connect, IDC_CONNECT_SELECT, shown(L"Select Detector(s)"), "the list's heading");
+        expectText(connect, IDC_CONNECT_CONNECT, shown(L"Connect"), "the connect button");
         HWND list = connectList(connect);
         expectListedDetectors(list);
-        expectConnectDialog(connect, list, shown);
-        pictures.save(connect, "listed");
-        for (int row = 0; row < listViewItemCount(list); ++row) {
-          expect(setListViewItemChecked(list, row, true), "row " + std::to_string(row) + " cannot be ticked");
-        }
-        pictures.save(connect, "ticked");
+        expectDetailsOfEachRow(connect, list, shown);
+        savePicture(connect, options.artifacts, "scan-connect-listed");
+        for (int row = 0; row < 2; ++row)
+          expect(setListViewItemChecked(list, row, true), "a row cannot be ticked");
+        savePicture(connect, options.artifacts, "scan-connect-ticked");
         press(connect, IDC_CONNECT_CONNECT, "Connect");
         expectGone(connect, "the connect dialog after Connect");
       },
       [&] { return session.query->ScanAndConnectToDetector(); }, "ScanAndConnectToDetector");
-
-  expect(isDetectorConnected(session) == VARIANT_TRUE, "IsDetectorConnected is not True after Connect");
-  const std::vector<std::string> lines = callLog(session);
-  expectCalls(lines, "MBScanForDetectors", {""});
-  // The counts are asked in the library's order of detector types, not in code order.
-  expectCalls(lines, "MBGetNumberOfDetectors", {"1", "3", "2", "5", "4"});
-  // One connection for every detector ticked, the all-in-one detector before the dosimeter.
-  expectCalls(lines, "MBConnectToDetectors", {"[4711,4712], [4,3], 2"});
-  expectInOrder(lines, {"MBScanForDetectors", "MBGetNumberOfDetectors", "MBConnectToDetectors"});
+  expect(session.connected() == VARIANT_TRUE, "IsDetectorConnected is not True after Connect");
   for (const ListedDetector& detector : kDetectors) {
     expect(simulatorDetector(session.simulator, detector.identifier).connectionState == 1,
            "the simulator's detector " + std::to_string(detector.identifier) + " is not connected");
   }
-
   expectHr(session.query->ResetTheDetectors(), S_OK, "ResetTheDetectors");
-  expect(isDetectorConnected(session) == VARIANT_FALSE,
-         "IsDetectorConnected is not False after ResetTheDetectors");
+  expect(session.connected() == VARIANT_FALSE, "IsDetectorConnected is not False after ResetTheDetectors");
   expectHr(session.query->CloseApp(), S_OK, "CloseApp");
 }
 
-void checkScanStop(const HostOptions& options) {
-  const Shown shown(options.pseudoLanguage);
-  const Pictures pictures(options, "scan-stop");
+/// After the dialogs: nothing connected, in the plug-in and in the simulator.
+void expectNothingConnected(const Session& session) {
+  expect(session.connected() == VARIANT_FALSE, "IsDetectorConnected is not False");
+  expect(calls(session.simulator, "MBConnectToDetectors").empty(), "the plug-in connected a detector");
+  expect(simulatorState(session.simulator).connectedCount == 0, "the simulator has a detector connected");
+  expectHr(session.query->CloseApp(), S_OK, "CloseApp");
+}
+
+void checkScanStop(const Options& options) {
+  const Shown shown{options.pseudoLanguage};
   Session session = openSession(options);
   driveModal(
-      pictures,
+      options, "scan-stop",
       [&] {
-        HWND scan = waitForDialog(shown(L"Scanning..."), "the scan dialog");
-        expectScanDialog(scan, shown);
-        pictures.save(scan, "scanning");
+        HWND scan = scanDialog(options, "scan-stop", shown);
         press(scan, IDC_SCAN_STOP, "Stop");
         expectGone(scan, "the scan dialog after Stop");
       },
       [&] { return session.query->ScanAndConnectToDetector(); }, "ScanAndConnectToDetector");
-
-  expect(isDetectorConnected(session) == VARIANT_FALSE,
-         "IsDetectorConnected is not False after a stopped scan");
-  const std::vector<std::string> lines = callLog(session);
-  expectCalls(lines, "MBScanForDetectors", {""});
-  const std::size_t polls = callArguments(lines, "MBGetScanCompleteStatus").size();
-  expect(polls < 200, "the scan ran to its end (" + std::to_string(polls) + " polls) instead of stopping");
-  // The stopped scan is stopped and reset in the device library too.
-  expectInOrder(lines, {"MBScanForDetectors", "MBStopScanningAndReset"});
-  expectCalls(lines, "MBGetNumberOfDetectors", {});
-  expectCalls(lines, "MBGetDetectorInfoOfType", {});
-  expectCalls(lines, "MBConnectToDetectors", {});
-  const SimLibraryState state = simulatorState(session.simulator);
-  expect(state.scanState == 0 && state.connectedCount == 0,
-         "after Stop the simulator is in scan state " + std::to_string(state.scanState) + " with " +
-             std::to_string(state.connectedCount) + " detectors connected");
-  expectHr(session.query->CloseApp(), S_OK, "CloseApp");
+  expect(simulatorState(session.simulator).scanState == 0, "the simulator still scans after Stop");
+  expectNothingConnected(session);
 }
 
-void checkNoDetector(const HostOptions& options) {
-  const Shown shown(options.pseudoLanguage);
-  const Pictures pictures(options, "no-detector");
+void checkNoDetector(const Options& options) {
+  const Shown shown{options.pseudoLanguage};
   Session session = openSession(options);
+  const std::wstring indent = L"\n     ";
   driveModal(
-      pictures,
+      options, "no-detector",
       [&] {
-        HWND box = waitForBox("after a scan that found nothing");
-        const std::wstring indent = L"     ";
-        answerMessageBox(box, shown(L"No Detector Found"),
-                         shown(L"No Detector Found") + L"\n" + indent +
-                             shown(L"1) Please turn on the detector.") + L"\n" + indent +
-                             shown(L"2) Bring the detector within range."),
-                         shown, pictures, "no-detector-found");
+        answerMessageBox(options, "no-detector-no-detector-found",
+                         waitForBox("after a scan that found nothing"), shown(L"No Detector Found"),
+                         shown(L"No Detector Found") + indent + shown(L"1) Please turn on the detector.") +
+                             indent + shown(L"2) Bring the detector within range."),
+                         shown);
       },
       [&] { return session.query->ScanAndConnectToDetector(); }, "ScanAndConnectToDetector");
-
-  expect(isDetectorConnected(session) == VARIANT_FALSE,
-         "IsDetectorConnected is not False after finding nothing");
-  const std::vector<std::string> lines = callLog(session);
-  expectCalls(lines, "MBGetNumberOfDetectors", {"1", "3", "2", "5", "4"});
-  expectCalls(lines, "MBConnectToDetectors", {});
-  expect(simulatorState(session.simulator).connectedCount == 0, "the simulator has a detector connected");
-  expectHr(session.query->CloseApp(), S_OK, "CloseApp");
+  expectNothingConnected(session);
 }
 
-void checkConnectRefusals(const HostOptions& options) {
-  const Shown shown(options.pseudoLanguage);
-  const Pictures pictures(options, "connect-refusals");
+void checkConnectRefusals(const Options& options) {
+  const Shown shown{options.pseudoLanguage};
   Session session = openSession(options);
   // The executive asks for a dosimeter; the all-in-one detector with mAs meter has none.
   expectHr(session.query->SendDetectorType(3), S_OK, "SendDetectorType(3)");
   driveModal(
-      pictures,
+      options, "connect-refusals",
       [&] {
         HWND connect = waitForDialog(shown(L"Establish Connection"), "the connect dialog");
         HWND list = connectList(connect);
         expectListedDetectors(list);
-
         press(connect, IDC_CONNECT_CONNECT, "Connect");
-        answerMessageBox(waitForBox("after Connect with nothing ticked"), shown(L"Select Detector"),
-                         shown(L"No detector selected, please select a detector to proceed."), shown,
-                         pictures, "select-detector");
-        expectStaysOpen(connect, "the connect dialog, after Connect with nothing ticked,");
-
-        const int allInOne = rowOfKind(list, L"AIO+MAS");
+        answerMessageBox(options, "connect-refusals-select-detector",
+                         waitForBox("after Connect with nothing ticked"), shown(L"Select Detector"),
+                         shown(L"No detector selected, please select a detector to proceed."), shown);
+        expect(!waitUntilGone(connect, 300), "the connect dialog closed after Connect with nothing ticked");
+        const int allInOne = listViewItemText(list, 0, 0) == L"AIO+MAS" ? 0 : 1;
         expect(setListViewItemChecked(list, allInOne, true), "the AIO+MAS row cannot be ticked");
         press(connect, IDC_CONNECT_CONNECT, "Connect");
-        answerMessageBox(waitForBox("after Connect with the AIO+MAS detector while a dosimeter is asked for"),
+        answerMessageBox(options, "connect-refusals-not-supported",
+                         waitForBox("after Connect with the AIO+MAS row"),
                          shown(L"Tamsa RX9400 Plug-In Response"),
-                         shown(L"The selected detector does not support " + shown(L"Kalmet") + L"."), shown,
-                         pictures, "not-supported");
-        expectStaysOpen(connect, "the connect dialog, after refusing the AIO+MAS detector,");
-        pictures.save(connect, "after-refusals");
-
+                         shown(L"The selected detector does not support " + shown(L"Kalmet") + L"."), shown);
+        expect(!waitUntilGone(connect, 300), "the connect dialog closed after refusing the AIO+MAS detector");
+        savePicture(connect, options.artifacts, "connect-refusals-after-refusals");
         press(connect, IDC_CONNECT_CANCEL, "Cancel");
         expectGone(connect, "the connect dialog after Cancel");
       },
       [&] { return session.query->ScanAndConnectToDetector(); }, "ScanAndConnectToDetector");
-
-  expect(isDetectorConnected(session) == VARIANT_FALSE, "IsDetectorConnected is not False after Cancel");
-  const std::vector<std::string> lines = callLog(session);
-  expectCalls(lines, "MBConnectToDetectors", {});
-  // Cancel stops and resets the device library.
-  expectInOrder(lines, {"MBGetDetectorInfoOfType", "MBStopScanningAndReset"});
-  expect(simulatorState(session.simulator).connectedCount == 0, "the simulator has a detector connected");
-  expectHr(session.query->CloseApp(), S_OK, "CloseApp");
+  expectNothingConnected(session);
 }
 
 }  // namespace
 
 std::vector<Check> sessionChecks() {
   return {
-      {"scan-connect",
-       "scan, list both detectors, tick and connect them (scenarios/session.json); the device library's "
-       "calls",
+      {"scan-connect", "scan, list both detectors with their details, tick and connect them (session.json)",
        checkScanConnect},
-      {"scan-stop", "Stop ends a long scan: no connection, no message (scenarios/slow-scan.json)",
-       checkScanStop},
+      {"scan-stop", "Stop ends a long scan: no connection, no message (slow-scan.json)", checkScanStop},
       {"no-detector", "a scan that finds nothing says \"No Detector Found\" (no-detectors.json)",
        checkNoDetector},
       {"connect-refusals", "Connect with nothing ticked, and with a detector of the wrong kind; Cancel",

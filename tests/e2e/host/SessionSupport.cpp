@@ -1,15 +1,14 @@
-// The session checks' shared steps (SessionSupport.h).
+// What the host's checks share (HostChecks.h): the simulator read in process, sessions, and the
+// plug-in's modal windows driven from an automation thread.
 #include <windows.h>
 
 #include <commctrl.h>
-#include <objbase.h>
 
-#include <algorithm>
+#include <cstring>
 #include <string>
 #include <vector>
 
-#include "SessionSupport.h"
-#include "SimulatorAccess.h"
+#include "HostChecks.h"
 #include "win/LanguageComponent.h"
 #include "win/dialogs/ConnectDialog/ConnectDialogIds.h"
 #include "win/dialogs/ScanDialog/ScanDialogIds.h"
@@ -17,19 +16,13 @@
 namespace rx9400::e2e {
 namespace {
 
-constexpr wchar_t kQueryProgId[] = L"TamsaRX9400VTI.CRX9400Query";
-
-/// Fails unless a language component is registered exactly when the options say so.
-void expectLanguage(const HostOptions& options) {
-  IUnknown* component = nullptr;
-  const HRESULT hr = CoCreateInstance(win::kLanguageComponentClsid, nullptr, CLSCTX_INPROC_SERVER,
-                                      IID_IUnknown, reinterpret_cast<void**>(&component));
-  if (component != nullptr) component->Release();
-  if (options.pseudoLanguage) {
-    expect(SUCCEEDED(hr), "the test language component is not registered (" + hresultText(hr) + ")");
-  } else {
-    expect(FAILED(hr), "a language component is registered: the plug-in's default texts cannot be seen");
-  }
+/// The whole text of one of the simulator's text exports.
+std::string wholeText(HMODULE simulator, const char* name) {
+  const auto function = exportOf<std::int32_t(MB_STDCALL*)(char*, std::int32_t)>(simulator, name);
+  std::string text(static_cast<std::size_t>(std::max(function(nullptr, 0), 1)), '\0');
+  function(text.data(), static_cast<std::int32_t>(text.size()));
+  text.resize(std::strlen(text.c_str()));
+  return text;
 }
 
 /// Closes a window the way someone who wants out would: Cancel, Stop or OK, else its close box.
@@ -40,56 +33,76 @@ void dismiss(HWND window) {
   PostMessageW(window, WM_CLOSE, 0, 0);
 }
 
-/// Until `callReturned` is set: pictures, notes and closes every window the process shows.
-std::vector<std::string> closeUnexpectedWindows(HANDLE callReturned, const Pictures& pictures) {
-  std::vector<std::string> seen;
-  WindowFilter filter;
-  filter.processId = GetCurrentProcessId();
-  filter.className = kDialogClass;
-  while (WaitForSingleObject(callReturned, 100) == WAIT_TIMEOUT) {
-    for (HWND window : findWindows(filter)) {
-      if (waitUntilGone(window, 500)) continue;  // on its way out
-      if (seen.size() < 10) {
-        const std::string picture = "unexpected-" + std::to_string(seen.size() + 1);
-        std::string what = quoted(windowText(window));
-        if (!messageBoxText(window).empty()) what += " saying " + quoted(messageBoxText(window));
-        seen.push_back(what + " (" + picture + ")");
-        try {
-          pictures.save(window, picture);
-        } catch (const CheckFailure&) {
-        }
-      }
-      dismiss(window);
-      waitUntilGone(window, 2000);
-    }
-  }
-  return seen;
-}
-
 }  // namespace
 
-std::string quoted(const std::wstring& text) {
-  std::string line = narrow(text);
-  for (std::size_t at = line.find('\n'); at != std::string::npos; at = line.find('\n', at)) {
-    line.replace(at, 1, "\\n");
+HMODULE loadedSimulator() {
+  HMODULE simulator = GetModuleHandleW(kDeviceLibraryFile);
+  expect(simulator != nullptr, "the plug-in did not load TamsaMBDll.dll");
+  return simulator;
+}
+
+std::string simulatorLog(HMODULE simulator) {
+  return wholeText(simulator, "SimGetCallLog");
+}
+
+std::vector<std::string> calls(HMODULE simulator, const std::string& function) {
+  std::vector<std::string> arguments;
+  const std::string log = simulatorLog(simulator), opening = function + "(";
+  for (std::size_t start = 0, end; start < log.size(); start = end + 1) {
+    end = std::min(log.find('\n', start), log.size());
+    const std::string line = log.substr(start, end - start);
+    if (line.rfind(opening, 0) == 0 && line.back() == ')') {
+      arguments.push_back(line.substr(opening.size(), line.size() - opening.size() - 1));
+    }
   }
-  return "\"" + line + "\"";
+  return arguments;
 }
 
-std::string joined(const std::vector<std::string>& items) {
-  std::string text;
-  for (const std::string& item : items) text += (text.empty() ? "" : ", ") + item;
-  return "[" + text + "]";
+SimLibraryState simulatorState(HMODULE simulator) {
+  SimLibraryState state{};
+  expect(exportOf<decltype(&SimGetLibraryState)>(simulator, "SimGetLibraryState")(&state) == 1,
+         "SimGetLibraryState failed");
+  return state;
 }
 
-void Pictures::save(HWND window, const std::string& what) const {
-  const std::wstring path = folder_ + L"\\" + widen(check_ + "-" + what) + L".bmp";
-  RECT frame{};
-  GetWindowRect(window, &frame);
-  std::wstring error;
-  const bool saved = saveWindowBitmap(window, path, &error);
-  expect(saved, "no picture " + what + ": " + narrow(error));
-  expectPicture(path, frame);
+SimDetectorState simulatorDetector(HMODULE simulator, std::int32_t identifier) {
+  SimDetectorState state{};
+  expect(exportOf<decltype(&SimGetDetectorState)>(simulator, "SimGetDetectorState")(identifier, &state) == 1,
+         "the scenario has no detector " + std::to_string(identifier));
+  return state;
+}
+
+VARIANT_BOOL Session::connected() const {
+  VARIANT_BOOL connected = 1;  // neither True nor False
+  expectHr(query->IsDetectorConnected(&connected), S_OK, "IsDetectorConnected");
+  return connected;
+}
+
+Session openSession(const Options& options, const wchar_t* scenario) {
+  IUnknown* component = nullptr;
+  const HRESULT hr = CoCreateInstance(win::kLanguageComponentClsid, nullptr, CLSCTX_INPROC_SERVER,
+                                      IID_IUnknown, reinterpret_cast<void**>(&component));
+  if (component != nullptr) component->Release();
+  expect(SUCCEEDED(hr) == options.pseudoLanguage,
+         options.pseudoLanguage ? "the test language component is not registered"
+                                : "a language component is registered: no default texts");
+  Session session;
+  session.query = createByProgId<_CRX9400Query>(kQueryProgId, IID__CRX9400Query);
+  expectHr(session.query->RegisterApp(), S_OK, "RegisterApp");
+  session.simulator = loadedSimulator();
+  if (scenario != nullptr) {
+    // The scenario starts afresh; the next RegisterApp keeps it.
+    const std::string path = narrow(options.scenarios + L"\\" + scenario);
+    expect(!options.scenarios.empty(), "no scenarios folder (--scenarios=FOLDER)");
+    expect(exportOf<decltype(&SimLoadScenarioFile)>(session.simulator, "SimLoadScenarioFile")(path.c_str()) ==
+               kSimOk,
+           "the simulator refused " + path + ": " + wholeText(session.simulator, "SimGetLastError"));
+    expectHr(session.query->RegisterApp(), S_OK, "RegisterApp");
+  }
+  const std::string scenarioError = wholeText(session.simulator, "SimGetLastError");
+  expect(scenarioError.empty(), "the simulator did not take its scenario: " + scenarioError);
+  exportOf<decltype(&SimClearCallLog)>(session.simulator, "SimClearCallLog")();
+  return session;
 }
 
 HWND waitForDialog(const std::wstring& caption, const std::string& what) {
@@ -97,24 +110,27 @@ HWND waitForDialog(const std::wstring& caption, const std::string& what) {
   filter.processId = GetCurrentProcessId();
   filter.caption = caption;
   filter.className = kDialogClass;
-  HWND dialog = nullptr;
-  HWND box = nullptr;
+  HWND dialog = nullptr, box = nullptr;
   pollFor(kStepMs, [&] {
     const std::vector<HWND> found = findWindows(filter);
     dialog = found.empty() ? nullptr : found.front();
     box = dialog == nullptr ? waitForMessageBox(GetCurrentProcessId(), 0) : nullptr;
     return dialog != nullptr || box != nullptr;
   });
-  if (box != nullptr) {
-    fail(what + " " + quoted(caption) + " did not appear, a message box " + quoted(windowText(box)) +
-         " came instead");
-  }
+  if (box != nullptr)
+    fail(what + " did not appear, a message box " + quoted(windowText(box)) + " came instead");
   expect(dialog != nullptr, what + " " + quoted(caption) + " did not appear");
   return dialog;
 }
 
-void press(HWND dialog, int id, const char* what) {
-  expect(clickButton(GetDlgItem(dialog, id)), std::string("the button ") + what + " cannot be pressed");
+HWND waitForBox(const std::string& when) {
+  HWND box = waitForMessageBox(GetCurrentProcessId(), kStepMs);
+  expect(box != nullptr, "no message box appeared " + when);
+  return box;
+}
+
+void press(HWND window, int id, const char* what) {
+  expect(clickButton(GetDlgItem(window, id)), std::string("the button ") + what + " cannot be pressed");
 }
 
 void expectGone(HWND window, const std::string& what) {
@@ -125,76 +141,66 @@ HWND connectList(HWND connect) {
   HWND list = GetDlgItem(connect, IDC_CONNECT_LIST);
   expect(list != nullptr && _wcsicmp(windowClass(list).c_str(), WC_LISTVIEWW) == 0,
          "the connect dialog has no detector list");
+  pollFor(kStepMs, [&] { return listViewItemCount(list) > 0; });
   return list;
 }
 
-Session openSession(const HostOptions& options) {
-  expectLanguage(options);
-  Session session;
-  session.query = createByProgId<_CRX9400Query>(kQueryProgId, IID__CRX9400Query);
-  expectHr(session.query->RegisterApp(), S_OK, "RegisterApp");
-  session.simulator = loadedSimulator();
-  const std::string scenarioError = simulatorLastError(session.simulator);
-  expect(scenarioError.empty(), "the simulator did not take its scenario: " + scenarioError);
-  clearSimulatorLog(session.simulator);
-  return session;
-}
-
-VARIANT_BOOL isDetectorConnected(const Session& session) {
-  VARIANT_BOOL connected = 1;  // neither True nor False
-  expectHr(session.query->IsDetectorConnected(&connected), S_OK, "IsDetectorConnected");
-  return connected;
-}
-
-std::vector<std::string> callLog(const Session& session) {
-  return logLines(simulatorLog(session.simulator));
-}
-
-void expectInOrder(const std::vector<std::string>& lines, const std::vector<std::string>& functions) {
-  std::size_t previous = 0;
-  for (std::size_t i = 0; i < functions.size(); ++i) {
-    const auto first = std::find_if(lines.begin(), lines.end(), [&](const std::string& line) {
-      return line.rfind(functions[i] + "(", 0) == 0;
-    });
-    expect(first != lines.end(), "the call log has no " + functions[i]);
-    const auto at = static_cast<std::size_t>(first - lines.begin());
-    if (i > 0 && at < previous) fail("the call log shows " + functions[i] + " before " + functions[i - 1]);
-    previous = at;
-  }
-}
-
-void expectCalls(const std::vector<std::string>& lines, const char* function,
-                 const std::vector<std::string>& arguments) {
-  const std::vector<std::string> actual = callArguments(lines, function);
-  expect(actual == arguments, std::string("the call log shows ") + function + " with " + joined(actual) +
-                                  ", expected " + joined(arguments));
-}
-
-void driveModal(const Pictures& pictures, const std::function<void()>& script,
+void driveModal(const Options& options, const char* check, const std::function<void()>& script,
                 const std::function<HRESULT()>& call, const char* callName) {
   HANDLE callReturned = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-  std::string scriptFailure;
+  std::string why;
   std::vector<std::string> unexpected;
   AutomationThread automation([&] {
     try {
       script();
     } catch (const CheckFailure& failure) {
-      scriptFailure = failure.why;
-    } catch (...) {
-      scriptFailure = "the automation failed";
+      why = failure.why;
     }
-    unexpected = closeUnexpectedWindows(callReturned, pictures);
+    // Until the call returns: every window still shown is pictured, noted and closed.
+    WindowFilter filter;
+    filter.processId = GetCurrentProcessId();
+    filter.className = kDialogClass;
+    while (WaitForSingleObject(callReturned, 100) == WAIT_TIMEOUT) {
+      for (HWND window : findWindows(filter)) {
+        if (waitUntilGone(window, 500)) continue;  // on its way out
+        const std::string picture =
+            std::string(check) + "-unexpected-" + std::to_string(unexpected.size() + 1);
+        unexpected.push_back(quoted(windowText(window)) + " saying " + quoted(messageBoxText(window)) + " (" +
+                             picture + ")");
+        try {
+          savePicture(window, options.artifacts, picture);
+        } catch (const CheckFailure&) {
+        }
+        dismiss(window);
+        waitUntilGone(window, 2000);
+      }
+    }
   });
   const HRESULT result = call();
   SetEvent(callReturned);
   automation.join();
   CloseHandle(callReturned);
-  std::string why = scriptFailure;
-  if (!unexpected.empty()) {
+  if (!unexpected.empty())
     why += (why.empty() ? "" : "; ") + std::string("unexpected windows, closed: ") + joined(unexpected);
-  }
   expect(why.empty(), why);
   expectHr(result, S_OK, callName);
+}
+
+void connectAll(const Options& options, const char* check, Session& session) {
+  driveModal(
+      options, check,
+      [&] {
+        HWND connect = waitForDialog(L"Establish Connection", "the connect dialog");
+        HWND list = connectList(connect);
+        for (int row = 0; row < listViewItemCount(list); ++row) {
+          expect(setListViewItemChecked(list, row, true), "row " + std::to_string(row) + " cannot be ticked");
+        }
+        press(connect, IDC_CONNECT_CONNECT, "Connect");
+        expectGone(connect, "the connect dialog after Connect");
+      },
+      [&] { return session.query->ScanAndConnectToDetector(); }, "ScanAndConnectToDetector");
+  expect(session.connected() == VARIANT_TRUE, "IsDetectorConnected is not True after Connect");
+  exportOf<decltype(&SimClearCallLog)>(session.simulator, "SimClearCallLog")();
 }
 
 }  // namespace rx9400::e2e

@@ -62,47 +62,39 @@ std::wstring firstParameter(SAFEARRAY* parameters) {
   return result;
 }
 
-/// Late-bound calls on the controls collection and its items, by name as a script would make them.
-HRESULT dispatchId(IDispatch* object, const wchar_t* name, DISPID& id) {
+/// A late-bound call by name, as a script would make it: a property get (`put` null) with an optional
+/// argument, or a property put of the text `put`.
+HRESULT invoke(IDispatch* object, const wchar_t* name, VARIANT* argument, VARIANT& result,
+               const std::wstring* put = nullptr) {
   LPOLESTR names[] = {const_cast<LPOLESTR>(name)};
-  return object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id);
-}
-
-HRESULT getProperty(IDispatch* object, const wchar_t* name, VARIANT* argument, VARIANT& result) {
   DISPID id = DISPID_UNKNOWN;
-  HRESULT hr = dispatchId(object, name, id);
+  HRESULT hr = object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id);
   if (FAILED(hr)) return hr;
-  DISPPARAMS parameters{argument, nullptr, argument != nullptr ? 1u : 0u, 0};
   VariantInit(&result);
-  return object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET | DISPATCH_METHOD,
-                        &parameters, &result, nullptr, nullptr);
-}
-
-HRESULT putText(IDispatch* object, const wchar_t* name, const std::wstring& text) {
-  DISPID id = DISPID_UNKNOWN;
-  HRESULT hr = dispatchId(object, name, id);
-  if (FAILED(hr)) return hr;
-  VARIANT value;
-  VariantInit(&value);
-  V_VT(&value) = VT_BSTR;
-  V_BSTR(&value) = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
   DISPID named = DISPID_PROPERTYPUT;
-  DISPPARAMS parameters{&value, &named, 1, 1};
-  hr = object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYPUT, &parameters, nullptr, nullptr,
-                      nullptr);
-  VariantClear(&value);
+  if (put != nullptr) {
+    V_VT(&result) = VT_BSTR;
+    V_BSTR(&result) = SysAllocStringLen(put->data(), static_cast<UINT>(put->size()));
+  }
+  DISPPARAMS parameters{put != nullptr ? &result : argument, put != nullptr ? &named : nullptr,
+                        put != nullptr || argument != nullptr ? 1u : 0u, put != nullptr ? 1u : 0u};
+  hr = object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT,
+                      put != nullptr ? DISPATCH_PROPERTYPUT : DISPATCH_PROPERTYGET | DISPATCH_METHOD,
+                      &parameters, put != nullptr ? nullptr : &result, nullptr, nullptr);
+  if (put != nullptr) VariantClear(&result);
   return hr;
 }
 
 /// Translates one control's caption when it holds a literal.
 HRESULT translateControl(IDispatch* control) {
   VARIANT caption;
-  HRESULT hr = getProperty(control, L"Caption", nullptr, caption);
+  HRESULT hr = invoke(control, L"Caption", nullptr, caption);
   if (FAILED(hr)) return hr;
-  std::wstring text = V_VT(&caption) == VT_BSTR ? textOf(V_BSTR(&caption)) : std::wstring();
+  const std::wstring text = V_VT(&caption) == VT_BSTR ? textOf(V_BSTR(&caption)) : std::wstring();
   VariantClear(&caption);
   if (text.find(L"::") == std::wstring::npos) return S_OK;
-  return putText(control, L"Caption", pseudoText(text, {}));
+  const std::wstring translated = pseudoText(text, {});
+  return invoke(control, L"Caption", nullptr, caption, &translated);
 }
 
 class PseudoLanguage final : public rx9400::win::SingleInterface<ILanguageComponent> {
@@ -139,7 +131,7 @@ class PseudoLanguage final : public rx9400::win::SingleInterface<ILanguageCompon
   STDMETHODIMP TranslateControls(BSTR* section, IDispatch** controls) override {
     if (section == nullptr || controls == nullptr || *controls == nullptr) return E_POINTER;
     VARIANT count;
-    HRESULT hr = getProperty(*controls, L"Count", nullptr, count);
+    HRESULT hr = invoke(*controls, L"Count", nullptr, count);
     if (FAILED(hr)) return hr;
     hr = VariantChangeType(&count, &count, 0, VT_I4);
     if (FAILED(hr)) return hr;
@@ -149,7 +141,7 @@ class PseudoLanguage final : public rx9400::win::SingleInterface<ILanguageCompon
       V_VT(&index) = VT_I4;
       V_I4(&index) = i;
       VARIANT item;
-      hr = getProperty(*controls, L"Item", &index, item);
+      hr = invoke(*controls, L"Item", &index, item);
       if (FAILED(hr)) return hr;
       if (V_VT(&item) != VT_DISPATCH || V_DISPATCH(&item) == nullptr) {
         VariantClear(&item);
@@ -186,11 +178,7 @@ class Factory final : public IClassFactory {
     return hr;
   }
   STDMETHODIMP LockServer(BOOL lock) override {
-    if (lock) {
-      InterlockedIncrement(&gLocks);
-    } else {
-      InterlockedDecrement(&gLocks);
-    }
+    lock ? InterlockedIncrement(&gLocks) : InterlockedDecrement(&gLocks);
     return S_OK;
   }
 };
@@ -241,10 +229,6 @@ STDAPI DllRegisterServer() {
   const bool written = setText(key, nullptr, path) == ERROR_SUCCESS &&
                        setText(key, L"ThreadingModel", L"Apartment") == ERROR_SUCCESS;
   RegCloseKey(key);
-  if (written && RegOpenKeyExW(HKEY_CLASSES_ROOT, classKey().c_str(), 0, KEY_WRITE, &key) == ERROR_SUCCESS) {
-    setText(key, nullptr, L"RX9400 test language component");
-    RegCloseKey(key);
-  }
   return written ? S_OK : SELFREG_E_CLASS;
 }
 

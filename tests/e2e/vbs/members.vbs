@@ -1,7 +1,7 @@
 ' Calls every member of the query and instrument classes by name, as the executive's scripts do:
 ' with variables (passed by reference as Variants) and with literals, an array by reference, the
-' optional argument left out and given, and property writes. Any COM error is reported with the
-' member's name, and so is a result of the wrong type; the exit code is 1 after any failure.
+' optional argument left out and given, and property writes. Any COM error is reported, and so is a
+' result of the wrong type; the exit code is 1 after any failure.
 '
 '   cscript //nologo members.vbs [scan]
 '
@@ -16,24 +16,25 @@ calls = 0
 scan = WScript.Arguments.Count > 0
 If scan Then scan = (WScript.Arguments(0) = "scan")
 
-' Reports the error of the call just made, if there is one.
-Sub Check(name)
+' Every call is checked where it is made: Checked NAME, CALL, TYPE. A call that raises skips its own
+' statement (On Error Resume Next), so the error is found by the next check and named after the last
+' call that succeeded; Done catches one raised by the last call.
+Dim lastCall
+lastCall = "the start"
+Sub Checked(name, answer, answerType)
   calls = calls + 1
   If Err.Number <> 0 Then
-    WScript.Echo "FAIL " & name & ": error &H" & Hex(Err.Number) & " " & Err.Description
+    WScript.Echo "FAIL the call after " & lastCall & ": error &H" & Hex(Err.Number) & " " & Err.Description
     failures = failures + 1
     Err.Clear
   End If
+  lastCall = name
+  If answerType >= 0 Then Expect name, VarType(answer) = answerType, "VarType " & VarType(answer) & ", expected " & answerType
 End Sub
 
-' Reports the error of the call just made and checks the type of its answer (-1: any type).
-Sub Checked(name, answer, answerType)
-  Dim failed
-  failed = Err.Number <> 0
-  Check name
-  If answerType >= 0 And Not failed Then
-    Expect name, VarType(answer) = answerType, "VarType " & VarType(answer) & ", expected " & answerType
-  End If
+' A call without an answer to check.
+Sub Check(name)
+  Checked name, Empty, -1
 End Sub
 
 ' Reports a wrong result.
@@ -64,9 +65,6 @@ Dim result
 result = v.NoSuchMember
 Expect "unknown member", Err.Number = 438, "error &H" & Hex(Err.Number) & " instead of 438"
 Err.Clear
-result = store.NoSuchMember
-Expect "unknown member of CStoreDetectorType", Err.Number = 438, "error &H" & Hex(Err.Number) & " instead of 438"
-Err.Clear
 
 ' --- CRX9400Query ---
 q.RegisterApp
@@ -75,9 +73,7 @@ If scan Then
   q.ScanAndConnectToDetector
   Check "ScanAndConnectToDetector"
 End If
-result = q.IsDetectorConnected
-Check "IsDetectorConnected"
-Expect "IsDetectorConnected", VarType(result) = vbBoolean, "VarType " & VarType(result)
+Checked "IsDetectorConnected", q.IsDetectorConnected, vbBoolean
 q.SendDetectorType 0
 Check "SendDetectorType literal"
 Dim detectorType
@@ -87,63 +83,38 @@ Check "SendDetectorType variable"
 q.ResetTheDetectors
 Check "ResetTheDetectors"
 result = q.IsDetectorConnected
-Check "IsDetectorConnected after ResetTheDetectors"
+Checked "IsDetectorConnected after ResetTheDetectors", result, vbBoolean
 Expect "IsDetectorConnected after ResetTheDetectors", result = False, "True"
 
 ' --- CRX9400VTI ---
 ' Members without arguments that answer a value, with the type of the answer (-1: any).
-result = v.pChargingStatus
-Checked "pChargingStatus", result, vbBoolean
-result = v.pPercentageCharge
-Checked "pPercentageCharge", result, vbByte
-result = v.pResolution
-Checked "pResolution", result, vbSingle
-result = v.pGetExposureTime
-Checked "pGetExposureTime", result, vbDouble
-result = v.pGetExposurekVp
-Checked "pGetExposurekVp", result, vbDouble
-result = v.CheckDataStatus
-Checked "CheckDataStatus", result, vbBoolean
-result = v.GetNumberOfTargetFilters
-Checked "GetNumberOfTargetFilters", result, vbByte
-result = v.GetDefaultTargetFilterName
-Checked "GetDefaultTargetFilterName", result, vbString
-result = v.pSerialNumber
-Checked "pSerialNumber", result, vbString
-result = v.pFirmWareVersion
-Checked "pFirmWareVersion", result, vbString
-result = v.IsDetectorConnected
-Checked "IsDetectorConnected", result, vbBoolean
-result = v.pMeasurementStatus
-Checked "pMeasurementStatus", result, vbBoolean
-result = v.CheckDetectorStatus
-Checked "CheckDetectorStatus", result, vbBoolean
-result = v.CheckConnectionStatus
-Checked "CheckConnectionStatus", result, vbBoolean
-result = v.GetDetectorType
-Checked "GetDetectorType", result, vbString
-result = v.GetIonChambers
-Checked "GetIonChambers", result, -1
-result = v.GetIonChamberInfo
-Checked "GetIonChamberInfo", result, vbByte
-result = v.CongiureDoseDetector
-Checked "CongiureDoseDetector", result, -1
-result = v.ShowDosimeterMode
-Checked "ShowDosimeterMode", result, vbBoolean
-result = v.DisplayIonChamber
-Checked "DisplayIonChamber", result, -1
-result = v.GetIonChamberName
-Checked "GetIonChamberName", result, vbString
-result = v.GetCalFactor
-Checked "GetCalFactor", result, vbString
-result = v.GetCalConst
-Checked "GetCalConst", result, vbString
-result = v.mAsExposureFinish
-Checked "mAsExposureFinish", result, vbBoolean
-result = v.DetectorExposureFinish
-Checked "DetectorExposureFinish", result, vbBoolean
+Checked "pChargingStatus", v.pChargingStatus, vbBoolean
+Checked "pPercentageCharge", v.pPercentageCharge, vbByte
+Checked "pResolution", v.pResolution, vbSingle
+Checked "pGetExposureTime", v.pGetExposureTime, vbDouble
+Checked "pGetExposurekVp", v.pGetExposurekVp, vbDouble
+Checked "CheckDataStatus", v.CheckDataStatus, vbBoolean
+Checked "GetNumberOfTargetFilters", v.GetNumberOfTargetFilters, vbByte
+Checked "GetDefaultTargetFilterName", v.GetDefaultTargetFilterName, vbString
+Checked "pSerialNumber", v.pSerialNumber, vbString
+Checked "pFirmWareVersion", v.pFirmWareVersion, vbString
+Checked "IsDetectorConnected", v.IsDetectorConnected, vbBoolean
+Checked "pMeasurementStatus", v.pMeasurementStatus, vbBoolean
+Checked "CheckDetectorStatus", v.CheckDetectorStatus, vbBoolean
+Checked "CheckConnectionStatus", v.CheckConnectionStatus, vbBoolean
+Checked "GetDetectorType", v.GetDetectorType, vbString
+Checked "GetIonChambers", v.GetIonChambers, -1
+Checked "GetIonChamberInfo", v.GetIonChamberInfo, vbByte
+Checked "CongiureDoseDetector", v.CongiureDoseDetector, -1
+Checked "ShowDosimeterMode", v.ShowDosimeterMode, vbBoolean
+Checked "DisplayIonChamber", v.DisplayIonChamber, -1
+Checked "GetIonChamberName", v.GetIonChamberName, vbString
+Checked "GetCalFactor", v.GetCalFactor, vbString
+Checked "GetCalConst", v.GetCalConst, vbString
+Checked "mAsExposureFinish", v.mAsExposureFinish, vbBoolean
+Checked "DetectorExposureFinish", v.DetectorExposureFinish, vbBoolean
 
-' Members without arguments or answer.
+' Members without arguments or answer, called as statements.
 v.InitTimer
 Check "InitTimer"
 v.DetectorWakeUp
@@ -167,85 +138,49 @@ Check "ShowDosimeterIonChamber"
 v.ResetTheFlags
 Check "ResetTheFlags"
 
-' Property writes, each with a literal and with a variable.
+' Property writes: a literal, or a variable (pTargetFilter takes it by reference and leaves it alone).
 Dim text, number, flag
 v.pCurrentMode = "RAD"
-Check "pCurrentMode = literal"
-text = "FLUORO"
-v.pCurrentMode = text
-Check "pCurrentMode = variable"
+Check "pCurrentMode"
 v.pCurrentSettings = ""
-Check "pCurrentSettings = literal"
-v.pCurrentSettings = text
-Check "pCurrentSettings = variable"
+Check "pCurrentSettings"
 v.pDoseUnits = 1
-Check "pDoseUnits = literal"
-number = 2
-v.pDoseUnits = number
-Check "pDoseUnits = variable"
+Check "pDoseUnits"
 v.pDoseRateUnits = 1
-Check "pDoseRateUnits = literal"
-v.pDoseRateUnits = number
-Check "pDoseRateUnits = variable"
+Check "pDoseRateUnits"
 v.pFluoroType = 0
-Check "pFluoroType = literal"
-v.pFluoroType = number
-Check "pFluoroType = variable"
+Check "pFluoroType"
 v.pTimeUnit = 1
-Check "pTimeUnit = literal"
-v.pTimeUnit = number
-Check "pTimeUnit = variable"
+Check "pTimeUnit"
 v.pPercentKV = 0
-Check "pPercentKV = literal"
-v.pPercentKV = number
-Check "pPercentKV = variable"
-v.pDelay = 250
-Check "pDelay = literal"
+Check "pPercentKV"
 number = -5
 v.pDelay = number
-Check "pDelay = variable"
+Check "pDelay"
 v.pIncludeDelay = True
-Check "pIncludeDelay = literal"
-flag = False
-v.pIncludeDelay = flag
-Check "pIncludeDelay = variable"
+Check "pIncludeDelay"
 v.pTargetFilter = "W/Al"
 Check "pTargetFilter = literal"
 text = "W/Rh"
 v.pTargetFilter = text
-Check "pTargetFilter = s"
-Expect "pTargetFilter = s", text = "W/Rh", "the variable changed to """ & text & """"
+Check "pTargetFilter = variable"
+Expect "pTargetFilter = variable", text = "W/Rh", "the variable changed to """ & text & """"
 
 ' Members with arguments: literals first, then variables.
-result = v.CheckDetectorPowerStatus(600, 1800)
-Check "CheckDetectorPowerStatus literals"
+Checked "CheckDetectorPowerStatus literals", v.CheckDetectorPowerStatus(600, 1800), vbBoolean
 Dim sleepTime, shutDownTime
 sleepTime = 600
 shutDownTime = 1800
-result = v.CheckDetectorPowerStatus(sleepTime, shutDownTime)
-Check "CheckDetectorPowerStatus variables"
-Expect "CheckDetectorPowerStatus", VarType(result) = vbBoolean, "VarType " & VarType(result)
-
-result = v.GetWaveformInSecs(0, 1.5, 100)
-Check "GetWaveformInSecs without lValue"
-Expect "GetWaveformInSecs", VarType(result) = vbString, "VarType " & VarType(result)
-result = v.GetWaveformInSecs(0, 1.5, 100, 1)
-Check "GetWaveformInSecs with lValue"
+Checked "CheckDetectorPowerStatus variables", v.CheckDetectorPowerStatus(sleepTime, shutDownTime), vbBoolean
+Checked "GetWaveformInSecs without lValue", v.GetWaveformInSecs(0, 1.5, 100), vbString
 Dim rMin, rMax, dataPoints, lValue
 rMin = 0
 rMax = 1.5
 dataPoints = 100
 lValue = 1
-result = v.GetWaveformInSecs(rMin, rMax, dataPoints)
-Check "GetWaveformInSecs variables without lValue"
-result = v.GetWaveformInSecs(rMin, rMax, dataPoints, lValue)
-Check "GetWaveformInSecs variables with lValue"
-result = v.GetWaveformInMilliSec(0, 1500, 100)
-Check "GetWaveformInMilliSec literals"
-rMax = 1500
-result = v.GetWaveformInMilliSec(rMin, rMax, dataPoints)
-Check "GetWaveformInMilliSec variables"
-Expect "GetWaveformInMilliSec", VarType(result) = vbString, "VarType " & VarType(result)
+Checked "GetWaveformInSecs variables with lValue", v.GetWaveformInSecs(rMin, rMax, dataPoints, lValue), vbString
+Checked "GetWaveformInMilliSec literals", v.GetWaveformInMilliSec(0, 1500, 100), vbString
+Checked "GetWaveformInMilliSec variables", v.GetWaveformInMilliSec(rMin, rMax, dataPoints), vbString
 
 v.EnableMeasurements True
 Check "EnableMeasurements literal"
@@ -253,9 +188,7 @@ flag = False
 v.EnableMeasurements flag
 Check "EnableMeasurements variable"
 v.SetMasInputtype True
-Check "SetMasInputtype literal"
-v.SetMasInputtype flag
-Check "SetMasInputtype variable"
+Check "SetMasInputtype"
 
 Dim filters(4), filterCount
 v.GetValidTargetFilters filters, 5
@@ -267,25 +200,15 @@ Expect "GetValidTargetFilters", UBound(filters) = 4, "the array now ends at " & 
 v.GetValidTargetFilters Array("Mo/Mo", "W/Rh"), 2
 Check "GetValidTargetFilters array literal"
 
-result = v.Val_OS("12.5")
-Check "Val_OS literal"
-Expect "Val_OS", VarType(result) = vbDouble, "VarType " & VarType(result)
-Dim numberText
+Checked "Val_OS literal", v.Val_OS("12.5"), vbDouble
+Dim numberText, detectorIndex
 numberText = "12.5"
-result = v.Val_OS(numberText)
-Check "Val_OS variable"
-Expect "Val_OS", IsNumeric(result), "not a number"
-
-result = v.pDetectorName(0)
-Check "pDetectorName literal"
-Dim detectorIndex
+Checked "Val_OS variable", v.Val_OS(numberText), vbDouble
+Checked "pDetectorName literal", v.pDetectorName(0), vbString
 detectorIndex = 0
-result = v.pDetectorName(detectorIndex)
-Check "pDetectorName variable"
-Expect "pDetectorName", VarType(result) = vbString, "VarType " & VarType(result)
+Checked "pDetectorName variable", v.pDetectorName(detectorIndex), vbString
 
-result = v.SendCompareData(1, 22, 760, 22.5, 760.5, 20, 2, 1, 1, 1, 0, 1, 2, 0, 0)
-Check "SendCompareData literals"
+Checked "SendCompareData literals", v.SendCompareData(1, 22, 760, 22.5, 760.5, 20, 2, 1, 1, 1, 0, 1, 2, 0, 0), vbBoolean
 Dim lADCF, lSetTemperature, lSetPressure, rSetTemperature, rSetPressure, lRefTeperature, lMode, bAutoReset
 Dim lDoseUnit, lDoseRateUnit, lFrameRate, lTempUnit, lPresUnit, rOffPres, rOffTemp
 lADCF = 1
@@ -303,10 +226,9 @@ lTempUnit = 1
 lPresUnit = 2
 rOffPres = 0
 rOffTemp = 0
-result = v.SendCompareData(lADCF, lSetTemperature, lSetPressure, rSetTemperature, rSetPressure, lRefTeperature, _
-  lMode, bAutoReset, lDoseUnit, lDoseRateUnit, lFrameRate, lTempUnit, lPresUnit, rOffPres, rOffTemp)
-Check "SendCompareData variables"
-Expect "SendCompareData", VarType(result) = vbBoolean, "VarType " & VarType(result)
+Checked "SendCompareData variables", v.SendCompareData(lADCF, lSetTemperature, lSetPressure, rSetTemperature, _
+  rSetPressure, lRefTeperature, lMode, bAutoReset, lDoseUnit, lDoseRateUnit, lFrameRate, lTempUnit, lPresUnit, _
+  rOffPres, rOffTemp), vbBoolean
 Dim compared
 For Each compared In Array(lADCF, lSetTemperature, lSetPressure, rSetTemperature, rSetPressure, lRefTeperature, _
     lMode, bAutoReset, lDoseUnit, lDoseRateUnit, lFrameRate, lTempUnit, lPresUnit, rOffPres, rOffTemp)
@@ -315,6 +237,7 @@ Next
 
 q.CloseApp
 Check "CloseApp"
+Check "the end"
 
 WScript.Echo "members: " & calls & " calls, " & failures & " failures"
 If failures > 0 Then WScript.Quit 1

@@ -1,9 +1,8 @@
 // The recording event sink (RecordingSink.h).
-#include <windows.h>
+#include "RecordingSink.h"
 
 #include <oleauto.h>
 
-#include "RecordingSink.h"
 #include "win/TamsaRX9400VTI_h.h"
 
 namespace rx9400::e2e {
@@ -23,10 +22,6 @@ std::wstring textOf(const VARIANT& value) {
 
 }  // namespace
 
-void RecordingSink::replaceText(DISPID id, unsigned parameter, std::wstring text) {
-  replacements_.push_back({id, parameter, std::move(text)});
-}
-
 STDMETHODIMP RecordingSink::QueryInterface(REFIID iid, void** out) {
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
@@ -37,10 +32,6 @@ STDMETHODIMP RecordingSink::QueryInterface(REFIID iid, void** out) {
   *out = static_cast<IDispatch*>(this);
   AddRef();
   return S_OK;
-}
-
-STDMETHODIMP_(ULONG) RecordingSink::AddRef() {
-  return static_cast<ULONG>(InterlockedIncrement(&references_));
 }
 
 STDMETHODIMP_(ULONG) RecordingSink::Release() {
@@ -55,36 +46,46 @@ STDMETHODIMP RecordingSink::GetTypeInfoCount(UINT* count) {
   return S_OK;
 }
 
-STDMETHODIMP RecordingSink::GetTypeInfo(UINT, LCID, ITypeInfo** typeInfo) {
-  if (typeInfo != nullptr) *typeInfo = nullptr;
-  return E_NOTIMPL;
-}
-
-STDMETHODIMP RecordingSink::GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) {
-  return E_NOTIMPL;
-}
-
 STDMETHODIMP RecordingSink::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
                                    VARIANT* result, EXCEPINFO*, UINT*) {
   if ((flags & DISPATCH_METHOD) == 0) return DISP_E_MEMBERNOTFOUND;
   if (parameters == nullptr || parameters->cNamedArgs != 0) return DISP_E_NONAMEDARGS;
   if (result != nullptr) VariantInit(result);
   Event event{id, {}};
-  const UINT count = parameters->cArgs;
-  for (UINT parameter = 0; parameter < count; ++parameter) {
+  for (UINT parameter = 0; parameter < parameters->cArgs; ++parameter) {
     // DISPPARAMS hold the arguments last to first.
-    VARIANT& argument = parameters->rgvarg[count - 1 - parameter];
+    VARIANT& argument = parameters->rgvarg[parameters->cArgs - 1 - parameter];
     event.arguments.push_back({V_VT(&argument), textOf(argument)});
     for (const Replacement& replacement : replacements_) {
-      if (replacement.id != id || replacement.parameter != parameter) continue;
-      if (V_VT(&argument) != (VT_BYREF | VT_BSTR) || V_BSTRREF(&argument) == nullptr) continue;
+      if (replacement.id != id || replacement.parameter != parameter ||
+          V_VT(&argument) != (VT_BYREF | VT_BSTR) || V_BSTRREF(&argument) == nullptr) {
+        continue;
+      }
       SysFreeString(*V_BSTRREF(&argument));
       *V_BSTRREF(&argument) =
           SysAllocStringLen(replacement.text.data(), static_cast<UINT>(replacement.text.size()));
     }
   }
   events_.push_back(std::move(event));
+  if (onEvent) onEvent(events_.back());
   return S_OK;
+}
+
+std::string eventName(DISPID id) {
+  static const char* const names[] = {"IncrementWaveCount", "ZeroingmAs",
+                                      "AddWakeUpButton",    "EnableStopButton",
+                                      "DataReady",          "CheckExposureWaveform",
+                                      "DisplayErrorMsg",    "DisplaySensorResetMsg",
+                                      "TestSWDataReady",    "TestmAsDataReady"};
+  return id >= 1 && id <= 10 ? names[id - 1] : "event " + std::to_string(id);
+}
+
+Advised::Advised(IUnknown* source, IDispatch* sink) {
+  ComPtr<IConnectionPointContainer> container;
+  result = source->QueryInterface(IID_IConnectionPointContainer, container.putVoid());
+  if (SUCCEEDED(result)) result = container->FindConnectionPoint(DIID___CRX9400VTI, point_.put());
+  if (SUCCEEDED(result)) result = point_->Advise(sink, &cookie_);
+  if (FAILED(result)) point_.reset();
 }
 
 }  // namespace rx9400::e2e

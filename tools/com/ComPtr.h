@@ -1,4 +1,4 @@
-// An owning COM interface pointer, for the test programs.
+// An owning COM interface pointer, for the demo and the test programs.
 #pragma once
 
 #include <windows.h>

@@ -1,0 +1,70 @@
+// The test host's checks and what they share: the plug-in's classes, the detector simulator that the
+// plug-in loads into the host's process (read through its Sim exports), and sessions whose modal
+// dialogs an automation thread drives while the main thread is inside the plug-in's call.
+#pragma once
+
+#include <windows.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Harness.h"
+#include "SimControl.h"
+#include "win/TamsaRX9400VTI_h.h"
+
+namespace rx9400::e2e {
+
+std::vector<Check> comChecks();
+std::vector<Check> sessionChecks();
+std::vector<Check> exposureChecks();
+
+inline constexpr wchar_t kQueryProgId[] = L"TamsaRX9400VTI.CRX9400Query";
+inline constexpr wchar_t kInstrumentProgId[] = L"TamsaRX9400VTI.CRX9400VTI";
+inline constexpr wchar_t kDeviceLibraryFile[] = L"TamsaMBDll.dll";
+/// How long one step waits for a window to come or go.
+inline constexpr DWORD kStepMs = 10000;
+
+/// An export of a loaded DLL by its declared type; fails when it is missing.
+template <typename Function>
+Function exportOf(HMODULE module, const char* name) {
+  auto* function = reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+  expect(function != nullptr, std::string("the export ") + name + " is missing");
+  return function;
+}
+
+/// The device library the plug-in loaded into this process; fails when none is.
+HMODULE loadedSimulator();
+std::string simulatorLog(HMODULE simulator);
+/// The argument text of each call of `function` in the simulator's call log, in order.
+std::vector<std::string> calls(HMODULE simulator, const std::string& function);
+SimLibraryState simulatorState(HMODULE simulator);
+SimDetectorState simulatorDetector(HMODULE simulator, std::int32_t identifier);
+
+struct Session {
+  ComPtr<_CRX9400Query> query;
+  HMODULE simulator = nullptr;
+  VARIANT_BOOL connected() const;
+};
+/// The query class registered with the simulator, which took its scenario (from `scenario` in the
+/// scenarios folder when given, else TAMSA_SIM_SCENARIO); the call log starts empty. Fails unless a
+/// language component is registered exactly when the options say so.
+Session openSession(const Options& options, const wchar_t* scenario = nullptr);
+
+/// Waits for a dialog of this process; a message box that comes instead fails at once.
+HWND waitForDialog(const std::wstring& caption, const std::string& what);
+HWND waitForBox(const std::string& when);
+void press(HWND window, int id, const char* what);
+void expectGone(HWND window, const std::string& what);
+/// The connect dialog's detector list, once it lists something.
+HWND connectList(HWND connect);
+
+/// Plays the person at the bench while the main thread is inside `call`, a call of the plug-in that
+/// opens modal windows: `script` runs on an automation thread; once it has ended, every window still
+/// shown is unexpected: pictured (<check>-unexpected-N), closed and named in the failure.
+void driveModal(const Options& options, const char* check, const std::function<void()>& script,
+                const std::function<HRESULT()>& call, const char* callName);
+/// ScanAndConnectToDetector with every listed row ticked and Connect pressed.
+void connectAll(const Options& options, const char* check, Session& session);
+
+}  // namespace rx9400::e2e
