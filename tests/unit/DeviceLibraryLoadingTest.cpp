@@ -102,15 +102,5 @@ TEST(DeviceLibraryLoading, AMissingExportFailsOnlyTheCallsThatNeedIt) {
             (std::vector<std::string>{"MBGetZigBeeStatus", "MBGetmAsMeasuredData"}));
 }
 
-TEST(DeviceLibraryLoading, TheSimulatorProvidesEveryExport) {
-  MBdllFunctions library = MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH);
-  library.load();
-  EXPECT_TRUE(library.missingExports().empty());
-  EXPECT_EQ(std::string(kMBFunctionNames[0]), "MBRegisterApplication");
-  EXPECT_EQ(std::set<std::string>(std::begin(kMBFunctionNames), std::end(kMBFunctionNames)).size(),
-            kMBFunctionCount)
-      << "an export is listed twice";
-}
-
 }  // namespace
 }  // namespace rx9400

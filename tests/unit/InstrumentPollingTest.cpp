@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "fakes/Instrument.h"
 #include "fakes/Simulator.h"
 #include "fakes/TestPlatform.h"
 #include "instrument/Instrument.h"
@@ -14,46 +15,9 @@
 namespace rx9400 {
 namespace {
 
+using testing::RecordingEvents;
 using testing::Simulator;
 using testing::TestPlatform;
-
-/// Every event, as one line: its name and its arguments.
-struct RecordingEvents final : InstrumentEvents {
-  std::vector<std::string> events;
-  std::vector<std::string> dataReady;  ///< the ten texts of the last DataReady
-  std::vector<std::string> testSw;
-  std::vector<std::string> testMas;
-
-  static std::string flag(bool value) { return value ? "True" : "False"; }
-  void IncrementWaveCount() override { events.push_back("IncrementWaveCount"); }
-  void ZeroingmAs(bool fVal) override { events.push_back("ZeroingmAs " + flag(fVal)); }
-  void AddWakeUpButton(bool fWakeUp) override { events.push_back("AddWakeUpButton " + flag(fWakeUp)); }
-  void EnableStopButton(bool fVal) override { events.push_back("EnableStopButton " + flag(fVal)); }
-  void DataReady(std::string& a, std::string& b, std::string& c, std::string& d, std::string& e,
-                 std::string& f, std::string& g, std::string& h, std::string& i, std::string& j) override {
-    events.push_back("DataReady");
-    dataReady = {a, b, c, d, e, f, g, h, i, j};
-  }
-  void CheckExposureWaveform(std::uint8_t type) override {
-    events.push_back("CheckExposureWaveform " + std::to_string(type));
-  }
-  void DisplayErrorMsg(const std::string& text, const std::string& caption, bool display) override {
-    events.push_back("DisplayErrorMsg " + text + " | " + caption + " | " + flag(display));
-  }
-  void DisplaySensorResetMsg(bool display) override {
-    events.push_back("DisplaySensorResetMsg " + flag(display));
-  }
-  void TestSWDataReady(const std::string& a, const std::string& b, const std::string& c, const std::string& d,
-                       const std::string& e, const std::string& f, const std::string& g) override {
-    events.push_back("TestSWDataReady");
-    testSw = {a, b, c, d, e, f, g};
-  }
-  void TestmAsDataReady(const std::string& a, const std::string& b, const std::string& c,
-                        const std::string& d) override {
-    events.push_back("TestmAsDataReady");
-    testMas = {a, b, c, d};
-  }
-};
 
 /// A detector of the scenario, JSON.
 std::string detector(int id, int type, const std::string& more = "") {
@@ -70,25 +34,7 @@ class Polling : public ::testing::Test {
     context = std::make_unique<PluginContext>(MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH),
                                               platform.services());
     instrument = std::make_unique<Instrument>(*context, events);
-    MBdllFunctions& library = context->library;
-    library.MBRegisterApplication(1);
-    library.MBScanForDetectors();
-    library.MBGetScanCompleteStatus();
-    std::vector<DetectorInfo> found;
-    std::vector<std::int32_t> kinds;
-    std::vector<std::int32_t> ids;
-    std::vector<std::uint8_t> types;
-    for (const std::int32_t type : {1, 2, 3, 4, 5}) {
-      for (const DetectorInfo& info :
-           library.MBGetDetectorInfoOfType(type, library.MBGetNumberOfDetectors(type))) {
-        found.push_back(info);
-        kinds.push_back(type);
-        ids.push_back(info.identifier);
-        types.push_back(static_cast<std::uint8_t>(type));
-      }
-    }
-    library.MBConnectToDetectors(ids, types);
-    context->state.setConnectedDetectors(found, kinds);
+    testing::connectEveryDetector(*context);
     instrument->pCurrentMode(defaultCatalogueText(mode, {}));
     instrument->pDoseUnits(1);
     instrument->EnableMeasurements(true);

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "fakes/Instrument.h"
 #include "fakes/Simulator.h"
 #include "fakes/TestPlatform.h"
 #include "instrument/Instrument.h"
@@ -17,22 +18,6 @@ namespace {
 using testing::Simulator;
 using testing::TestPlatform;
 
-struct NoEvents final : InstrumentEvents {
-  void IncrementWaveCount() override {}
-  void ZeroingmAs(bool) override {}
-  void AddWakeUpButton(bool) override {}
-  void EnableStopButton(bool) override {}
-  void DataReady(std::string&, std::string&, std::string&, std::string&, std::string&, std::string&,
-                 std::string&, std::string&, std::string&, std::string&) override {}
-  void CheckExposureWaveform(std::uint8_t) override {}
-  void DisplayErrorMsg(const std::string&, const std::string&, bool) override {}
-  void DisplaySensorResetMsg(bool) override {}
-  void TestSWDataReady(const std::string&, const std::string&, const std::string&, const std::string&,
-                       const std::string&, const std::string&, const std::string&) override {}
-  void TestmAsDataReady(const std::string&, const std::string&, const std::string&,
-                        const std::string&) override {}
-};
-
 class Settings : public ::testing::Test {
  protected:
   /// Connects the detectors of a scenario (JSON list) directly, in scenario order.
@@ -42,22 +27,7 @@ class Settings : public ::testing::Test {
     context = std::make_unique<PluginContext>(MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH),
                                               platform.services());
     instrument = std::make_unique<Instrument>(*context, events);
-    MBdllFunctions& library = context->library;
-    library.MBScanForDetectors();
-    library.MBGetScanCompleteStatus();
-    std::vector<DetectorInfo> found;
-    std::vector<std::int32_t> kinds, ids;
-    std::vector<std::uint8_t> types;
-    for (const std::int32_t type : {1, 2, 3, 4, 5}) {
-      for (const auto& info : library.MBGetDetectorInfoOfType(type, library.MBGetNumberOfDetectors(type))) {
-        found.push_back(info);
-        kinds.push_back(type);
-        ids.push_back(info.identifier);
-        types.push_back(static_cast<std::uint8_t>(type));
-      }
-    }
-    library.MBConnectToDetectors(ids, types);
-    context->state.setConnectedDetectors(found, kinds);
+    testing::connectEveryDetector(*context);
     simulator->clearCalls();
   }
   int calls(const std::string& prefix) const {
@@ -68,7 +38,7 @@ class Settings : public ::testing::Test {
   MeasurementSettings& record() { return context->state.settings; }
 
   TestPlatform platform;
-  NoEvents events;
+  testing::RecordingEvents events;
   std::unique_ptr<Simulator> simulator;
   std::unique_ptr<PluginContext> context;
   std::unique_ptr<Instrument> instrument;
@@ -182,6 +152,9 @@ TEST_F(Settings, SerialNumbersAndVersionsOfEverySlotEndWithAComma) {
   EXPECT_EQ(instrument->GetDefaultTargetFilterName(), "Mo/Mo");
   EXPECT_DOUBLE_EQ(instrument->Val_OS("2,50"), 2.5);
   EXPECT_DOUBLE_EQ(instrument->Val_OS("no digits"), 0);
+  context->state.removeDetector(0);
+  EXPECT_EQ(instrument->pSerialNumber() + instrument->pFirmWareVersion(), "1305,1.8 - 1.1,")
+      << "a removed detector is skipped";
 }
 
 TEST_F(Settings, DosimeterRecordsAreWrittenBackOnlyWhenSomethingWasRepaired) {

@@ -132,15 +132,5 @@ TEST(NumberText, FixedLengthFieldsAreCutAndZeroFilled) {
   EXPECT_EQ(withoutLastCharacters("/", 2), "");
 }
 
-TEST(NumberText, DisplayNamesByTypeCodeKeepTheirTrailingBlank) {
-  EXPECT_EQ(detectorDisplayNameLiteral(1), "25703::RX 9400WD ");
-  EXPECT_EQ(detectorDisplayNameLiteral(2), "25705::mAs ");
-  EXPECT_EQ(detectorDisplayNameLiteral(3), "25704::Kalmet ");
-  EXPECT_EQ(detectorDisplayNameLiteral(4), "25706::RX 9400WD mAs ");
-  EXPECT_EQ(detectorDisplayNameLiteral(5), "25707::Kalmet mAs ");
-  EXPECT_TRUE(detectorDisplayNameLiteral(0).empty());
-  EXPECT_TRUE(detectorDisplayNameLiteral(6).empty());
-}
-
 }  // namespace
 }  // namespace rx9400

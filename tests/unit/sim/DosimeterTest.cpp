@@ -41,29 +41,6 @@ TEST_F(SimDosimeter, AddsNumberedEntriesUpToTheLimits) {
             std::string::npos);
 }
 
-TEST_F(SimDosimeter, EditsDeletesAndKeepsTheSelectionValid) {
-  scanAndConnect({kDose});
-  char renamed[15] = "New name";
-  EXPECT_EQ(MBEditIonChamber(kDose, 1, renamed), 1);
-  EXPECT_EQ(MBEditIonChamber(kDose, 7, renamed), 0);
-  CalFactor edited = calFactor("RQR2", 4, 2.0F, 1);
-  EXPECT_EQ(MBEditCalfactor(kDose, 1, &edited), 1);
-  EXPECT_EQ(MBDeleteCalfactor(kDose, 2, 1), 1);
-  EXPECT_EQ(text(SimGetChamberFile, kDose),
-            "2\t1\tNew name\t1\t1\tRQR2\t4\t2\t2\tIC-B 180cc\t1\t2\tRQR9\t3\t8.87E+07\t");
-  EXPECT_EQ(MBSetIonChamberCalFactor(kDose, 2, 1), 0) << "deleted cal factor";
-  EXPECT_EQ(MBSetIonChamberCalFactor(kDose, 2, 2), 1);
-  IonChamberSelection selection{};
-  MBGetIonChamberCalFactor(kDose, &selection);
-  EXPECT_EQ((std::vector<int>{selection.chamberNumber, selection.calFactorNumber}), (std::vector<int>{2, 2}));
-  EXPECT_EQ(MBDeleteIonChamber(kDose, 2), 1);
-  MBGetIonChamberCalFactor(kDose, &selection);
-  EXPECT_EQ(selection.chamberNumber, 0) << "the selected chamber went";
-  EXPECT_EQ(MBDeleteAllIonChambers(kDose), 1);
-  EXPECT_EQ(text(SimGetChamberFile, kDose), "0\t");
-  EXPECT_EQ(MBAddNewIonChamber(kDose, renamed), 1) << "numbering starts again";
-}
-
 template <typename Record>
 void expectKept(std::int32_t (*set)(std::int32_t, Record*), std::int32_t (*get)(std::int32_t, Record*),
                 Record sent) {

@@ -9,42 +9,6 @@ namespace {
 
 using SimScan = SimTest;
 
-TEST_F(SimScan, CountsDescribesAndConnectsWhatTheCompletedScanFound) {
-  loadScenario(R"({"scan": {"pollsUntilComplete": 2, "completeStatus": 5}, "usbStatus": 3, "zigBeeStatus": 4,
-      "detectors": [{"identifier": 11, "typeCode": 1, "serialNumber": 1101, "firmwareVersion": [2, 14],
-        "bootloaderVersion": [1, 3], "calibrationDate": "2024-02-29", "selfTestResult": 3},
-      {"identifier": 13, "typeCode": 3}, {"identifier": 12, "typeCode": 1}, {"identifier": 14, "typeCode": 1, "found": false}]})");
-  std::int32_t ids[] = {11, 99, 14, 13, 11};
-  std::uint8_t types[5] = {};
-  EXPECT_EQ(MBConnectToDetectors(ids, types, 5), 0) << "nothing scanned yet";
-  EXPECT_EQ(MBGetScanCompleteStatus(), 0);
-  MBScanForDetectors();
-  EXPECT_EQ(MBGetNumberOfDetectors(1), 0) << "still scanning";
-  EXPECT_EQ((std::vector<int>{MBGetScanCompleteStatus(), MBGetScanCompleteStatus(), MBGetScanCompleteStatus(),
-                              MBGetScanCompleteStatus()}),
-            (std::vector<int>{1, 1, 5, 5}));
-  EXPECT_EQ(
-      (std::vector<int>{MBGetNumberOfDetectors(1), MBGetNumberOfDetectors(3), MBGetNumberOfDetectors(4)}),
-      (std::vector<int>{2, 1, 0}));
-  DetectorInfo infos[3]{};
-  ASSERT_EQ(MBGetDetectorInfoOfType(1, infos), 2);
-  const DetectorInfo& i = infos[0];
-  EXPECT_EQ((std::vector<int>{i.identifier, infos[1].identifier, infos[2].identifier, i.typeCode,
-                              i.serialNumber, i.firstVersionMajor, i.firstVersionMinor, i.secondVersionMajor,
-                              i.secondVersionMinor, i.calibrationDate.day, i.calibrationDate.month,
-                              i.calibrationDate.year, i.selfTestResult}),
-            (std::vector<int>{11, 12, 0, 1, 1101, 2, 14, 1, 3, 29, 2, 2024, 3}));
-  EXPECT_EQ((std::vector<int>{MBGetUSBStatus(), MBGetZigBeeStatus()}), (std::vector<int>{3, 4}));
-  EXPECT_EQ(MBConnectToDetectors(ids, types, 5), 2) << "unknown, not found and repeated ones do not count";
-  EXPECT_EQ(
-      (std::vector<int>{status(11).connectionState, status(12).connectionState, status(13).connectionState}),
-      (std::vector<int>{kConnected, 0, kConnected}));
-  MBStopScanningAndReset();
-  EXPECT_EQ(
-      (std::vector<int>{MBGetScanCompleteStatus(), MBGetNumberOfDetectors(1), status(11).connectionState}),
-      (std::vector<int>{0, 0, 0}));
-}
-
 struct Cycle {
   const char* name;
   std::string scenario;
@@ -98,23 +62,6 @@ INSTANTIATE_TEST_SUITE_P(
 
 using SimRecords = SimTest;
 
-TEST_F(SimRecords, AllInOneRecordCarriesEachValueWithItsStatusAndWaitsForTheRead) {
-  loadScenario(one(21, 1, R"("exposures": [{"pollsBeforeStart": 0, "kvpMaximum": {"value": 1500, "status": 3},
-      "dose": {"value": 12, "status": 5}, "hvl": {"value": 35, "status": 2}}])"));
-  scanAndConnect({21});
-  MBEnableMeasurement(21);
-  EXPECT_EQ((std::vector<int>{status(21).dataAvailable, status(21).dataAvailable, status(21).dataAvailable}),
-            (std::vector<int>{0, kVBTrue, kVBTrue}));
-  AioMeasuredData d{};
-  AioMeasuredData again{};
-  EXPECT_EQ(MBGetMeasuredData(&d, 21, 0), 1);
-  EXPECT_EQ((std::vector<int>{d.kvpAverage, d.kvpAverageStatus, d.kvpMaximum, d.kvpMaximumStatus, d.dose,
-                              d.doseStatus, d.hvl, d.hvlStatus, status(21).dataAvailable}),
-            (std::vector<int>{803, kValueValid, 1500, kValueOverRange, 12, kValueUnderRange, 35, 2, 0}));
-  MBGetMeasuredData(&again, 21, 0);
-  EXPECT_EQ(std::memcmp(&again, &d, sizeof d), 0) << "read again, the last values";
-}
-
 using SimDoseEnd = SimTable<const char*>;
 
 /// One string per dosimeter read: exposureStarted, integrating, dataAvailable, exposureEnded, autoResetDone.
@@ -158,34 +105,6 @@ TEST_F(SimRecords, MasMeterZeroesThenRunsItsOwnCycleOnItsReadsAlone) {
   EXPECT_EQ((std::vector<float>{m.mA, m.mAs, float(m.mAsStatus), float(m.waveformAvailable != 0)}),
             (std::vector<float>{200, 20, 6, 1}));
   EXPECT_EQ(detectorState(41).exposuresDelivered, 0) << "the all-in-one part's data were never read";
-}
-
-TEST_F(SimRecords, KeepsWhatThePlugInSentAndGivesTheTargetFilters) {
-  scanAndConnect({4711});
-  EXPECT_EQ(detectorState(4711).powerMode, kPowerWake) << "awake from the connection on";
-  MeasurementSettings settings{};
-  settings.percentKV = 75;
-  std::memcpy(settings.targetFilter, "Mo/Rh", 5);
-  MBSetMeasurementSettings(4711, &settings);
-  MBSetDetectorMode(4711, kModeMammo);
-  MBSetSetup(4711, 2);
-  MBSetPowerMode(4711, kPowerSleep);
-  MBSetmAsInput(4711, 3);
-  const SimDetectorState s = detectorState(4711);
-  EXPECT_EQ(std::memcmp(&s.lastSettings, &settings, sizeof settings), 0);
-  EXPECT_EQ((std::vector<int>{s.settingsReceived, s.detectorMode, s.setup, s.powerMode, s.masInputType}),
-            (std::vector<int>{1, kModeMammo, 2, kPowerSleep, 3}));
-
-  TargetFilterName names[5]{};
-  std::int32_t count = 3;
-  EXPECT_EQ(MBGetNumberOfValidTargetFilters(4711, -1), 5);
-  EXPECT_EQ(MBGetValidTargetFilters(4711, names, &count), 3);
-  EXPECT_EQ(std::string(names[2].name) + "|" + names[3].name, "Mo/Mo|") << "nothing past the count";
-  MBGetDefaultTargetFilter(4711, &names[0]);
-  count = 5;
-  MBGetAllInvalidTargetFilters(4711, &names[1], &count);
-  EXPECT_EQ(std::string(names[0].name) + "|" + names[1].name + "|" + std::to_string(count), "W/Al|Rh/Rh|1");
-  EXPECT_EQ(MBGetNumberOfValidTargetFilters(4712, -1), 0) << "a dosimeter has none";
 }
 
 }  // namespace

@@ -49,30 +49,6 @@ TEST(SimSurface, BuiltInScenarioIsTheShippedDefaultAndEveryShippedScenarioLoads)
     EXPECT_EQ(SimLoadScenarioFile(entry.path().c_str()), kSimOk) << text(SimGetLastError);
 }
 
-TEST(SimSurface, EnvironmentScenarioIsReadAtStartAndOnRegistrationUnlessATestLoadedOne) {
-  const auto path = std::filesystem::temp_directory_path() / ("sim_env_" + std::to_string(getpid()));
-  const auto write = [&](int id) { std::ofstream(path, std::ios::binary) << one(id, 1); };
-  SimDetectorState state{};
-  write(9001);
-  setenv("TAMSA_SIM_SCENARIO", path.c_str(), 1);
-  ASSERT_EQ(SimReset(), kSimOk) << text(SimGetLastError);
-  EXPECT_EQ(SimGetDetectorState(9001, &state), 1);
-  write(9002);
-  MBRegisterApplication(1);
-  EXPECT_EQ(SimGetDetectorState(9002, &state), 1) << "read again on registration";
-  loadScenario(one(9003, 1));
-  MBRegisterApplication(1);
-  EXPECT_EQ(SimGetDetectorState(9003, &state), 1) << "a scenario loaded by a test is kept";
-  std::ofstream(path) << "{ broken";
-  EXPECT_EQ(SimReset(), kSimInvalidScenario);
-  EXPECT_NE(text(SimGetLastError).find("TAMSA_SIM_SCENARIO"), std::string::npos);
-  EXPECT_EQ(SimGetDetectorState(4711, &state), 1) << "the built-in default stands in";
-  unsetenv("TAMSA_SIM_SCENARIO");
-  std::filesystem::remove(path);
-  EXPECT_EQ(SimLoadScenarioFile(path.c_str()), kSimCannotRead);
-  EXPECT_EQ(SimLoadScenarioFile(nullptr), kSimBadArgument);
-}
-
 struct BadScenario {
   const char* json;
   const char* errorPart;  // expected within the error text

@@ -1,0 +1,75 @@
+// What the instrument's tests share: an event sink that records every event, and a table of detectors
+// connected straight through the device library (no dialogs).
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "core/InstrumentEvents.h"
+#include "core/PluginContext.h"
+
+namespace rx9400::testing {
+
+/// Every event, as one line: its name and its arguments; the texts of the last data events.
+struct RecordingEvents final : InstrumentEvents {
+  std::vector<std::string> events;
+  std::vector<std::string> dataReady;  ///< the ten texts of the last DataReady
+  std::vector<std::string> testSw;
+  std::vector<std::string> testMas;
+
+  static std::string flag(bool value) { return value ? "True" : "False"; }
+  void IncrementWaveCount() override { events.push_back("IncrementWaveCount"); }
+  void ZeroingmAs(bool fVal) override { events.push_back("ZeroingmAs " + flag(fVal)); }
+  void AddWakeUpButton(bool fWakeUp) override { events.push_back("AddWakeUpButton " + flag(fWakeUp)); }
+  void EnableStopButton(bool fVal) override { events.push_back("EnableStopButton " + flag(fVal)); }
+  void DataReady(std::string& a, std::string& b, std::string& c, std::string& d, std::string& e,
+                 std::string& f, std::string& g, std::string& h, std::string& i, std::string& j) override {
+    events.push_back("DataReady");
+    dataReady = {a, b, c, d, e, f, g, h, i, j};
+  }
+  void CheckExposureWaveform(std::uint8_t type) override {
+    events.push_back("CheckExposureWaveform " + std::to_string(type));
+  }
+  void DisplayErrorMsg(const std::string& text, const std::string& caption, bool display) override {
+    events.push_back("DisplayErrorMsg " + text + " | " + caption + " | " + flag(display));
+  }
+  void DisplaySensorResetMsg(bool display) override {
+    events.push_back("DisplaySensorResetMsg " + flag(display));
+  }
+  void TestSWDataReady(const std::string& a, const std::string& b, const std::string& c, const std::string& d,
+                       const std::string& e, const std::string& f, const std::string& g) override {
+    events.push_back("TestSWDataReady");
+    testSw = {a, b, c, d, e, f, g};
+  }
+  void TestmAsDataReady(const std::string& a, const std::string& b, const std::string& c,
+                        const std::string& d) override {
+    events.push_back("TestmAsDataReady");
+    testMas = {a, b, c, d};
+  }
+};
+
+/// Scans, connects every detector the scan finds (type by type) and puts them in the detector table.
+inline void connectEveryDetector(PluginContext& context) {
+  MBdllFunctions& library = context.library;
+  library.MBRegisterApplication(1);
+  library.MBScanForDetectors();
+  while (library.MBGetScanCompleteStatus() == 1) {
+  }
+  std::vector<DetectorInfo> found;
+  std::vector<std::int32_t> kinds, ids;
+  std::vector<std::uint8_t> types;
+  for (const std::int32_t type : {1, 2, 3, 4, 5}) {
+    for (const DetectorInfo& info :
+         library.MBGetDetectorInfoOfType(type, library.MBGetNumberOfDetectors(type))) {
+      found.push_back(info);
+      kinds.push_back(type);
+      ids.push_back(info.identifier);
+      types.push_back(static_cast<std::uint8_t>(type));
+    }
+  }
+  library.MBConnectToDetectors(ids, types);
+  context.state.setConnectedDetectors(found, kinds);
+}
+
+}  // namespace rx9400::testing
