@@ -71,16 +71,16 @@ void expectRecord(const std::wstring& path, const std::string& expected) {
   expectText(bytes, expected, "the viewer's record");
 }
 
+BOOL CALLBACK findMarkedWindow(HWND window, LPARAM result) {
+  if (reinterpret_cast<UINT_PTR>(GetPropA(window, "vbAcceleratorVBTRACER_TRACEWIN")) != 1) return TRUE;
+  *reinterpret_cast<HWND*>(result) = window;
+  return FALSE;
+}
+
 /// The trace viewer's window, marked with its property; nullptr when none runs.
 HWND markedWindow() {
   HWND found = nullptr;
-  EnumWindows(
-      [](HWND window, LPARAM result) {
-        if (reinterpret_cast<UINT_PTR>(GetPropA(window, "vbAcceleratorVBTRACER_TRACEWIN")) != 1) return TRUE;
-        *reinterpret_cast<HWND*>(result) = window;
-        return FALSE;
-      },
-      reinterpret_cast<LPARAM>(&found));
+  EnumWindows(findMarkedWindow, reinterpret_cast<LPARAM>(&found));
   return found;
 }
 
