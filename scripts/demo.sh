@@ -37,7 +37,8 @@ automate() { timeout 300 wine "$bin/rx9400-automate.exe" --artifacts="$(winepath
 status=0
 automate --timeout=60 --run="$(winepath -w "$bin/rx9400-demo.exe")" \
   window "Establish Connection" screenshot connect-dialog.bmp tick 0 tick 1 screenshot connect-ticked.bmp \
-  click Connect gone 2>&1 | grep -v '^rx9400-automate: ' || status=${PIPESTATUS[0]}
+  click Connect gone messagebox screenshot calibration-report.bmp click OK 2>&1 |
+  grep -v '^rx9400-automate: ' || status=${PIPESTATUS[0]}
 wait
 for picture in "$pictures"/*.bmp; do
   [ -f "$picture" ] && convert "$picture" "${picture%.bmp}.png" && rm -f "$picture"

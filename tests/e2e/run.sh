@@ -131,9 +131,9 @@ demo() {
   local output
   output=$(run_wine 120 "$bin/rx9400-automate.exe" --timeout=60 "--artifacts=$(windows_path "$artifacts")" \
     "--run=$(windows_path "$bin/rx9400-demo.exe")" window "Establish Connection" tick 0 tick 1 \
-    screenshot demo-connect.bmp click Connect gone 2>&1 | tr -d '\r')
+    screenshot demo-connect.bmp click Connect gone messagebox print click OK 2>&1 | tr -d '\r')
   printf '%s\n' "$output"
-  for wanted in 'kVp average *80.3' 'Dose per mAs *0.0617' 'Bias voltage *300.0' 'ended with exit code 0'; do
+  for wanted in 'Target/Filter: Rh/Rh Invalid' 'kVp average *80.3' 'Dose per mAs *0.0617' 'Bias voltage *300.0' 'ended with exit code 0'; do
     grep -q "$wanted" <<<"$output" || return 1
   done
 }
