@@ -37,12 +37,10 @@ TEST(DatePicker, ADateThatDoesNotExistIsRefusedAndThePickerKeepsItsDate) {
   FakeControl control;
   control.shown = {2020, 1, 2};
   DatePicker picker(control);
-  for (const auto& parts : {std::array<const char*, 3>{"29", "2", "2025"},
-                            {"31", "4", "2025"},
-                            {"x", "1", "2025"},
-                            {"0", "1", "2025"},
-                            {"1", "13", "2025"},
-                            {"1", "1", "2025x"}}) {
+  const std::array<const char*, 3> refused[] = {{"29", "2", "2025"}, {"31", "4", "2025"},
+                                                {"x", "1", "2025"},  {"0", "1", "2025"},
+                                                {"1", "13", "2025"}, {"1", "1", "2025x"}};
+  for (const auto& parts : refused) {
     EXPECT_THROW(picker.SetDTPicketDate(parts[0], parts[1], parts[2]), std::invalid_argument) << parts[0];
   }
   EXPECT_EQ(control.shown, (CalendarDate{2020, 1, 2}));

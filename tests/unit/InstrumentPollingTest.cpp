@@ -28,14 +28,14 @@ std::string detector(int id, int type, const std::string& more = "") {
 class Polling : public ::testing::Test {
  protected:
   /// Loads the scenario, connects every detector found (in scenario order) and arms them.
-  void start(const std::string& detectors, const std::string& mode = "22465::RADIO") {
+  void start(const std::string& detectors) {
     simulator = std::make_unique<Simulator>(R"({"scan": {"pollsUntilComplete": 0}, "detectors": [)" +
                                             detectors + "]}");
     context = std::make_unique<PluginContext>(MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH),
                                               platform.services());
     instrument = std::make_unique<Instrument>(*context, events);
     testing::connectEveryDetector(*context);
-    instrument->pCurrentMode(defaultCatalogueText(mode, {}));
+    instrument->pCurrentMode("RADIO");
     instrument->pDoseUnits(1);
     instrument->EnableMeasurements(true);
   }
@@ -77,61 +77,34 @@ TEST_F(Polling, ASingleAllInOneExposureRaisesItsDataAndItsWaveformInOnePass) {
 }
 
 TEST_F(Polling, TextsFollowTheModeTheUnitsAndEachValuesStatus) {
-  struct Case {
-    const char* name;
+  const struct {
     const char* mode;
+    int units;  ///< dose, rate and time unit codes, one digit each
     std::string exposure;
-    std::uint8_t doseUnit;
-    std::uint8_t rateUnit;
-    std::uint8_t timeUnit;
-    std::vector<std::string> texts;
+    const char* texts;  ///< the ten texts of DataReady, joined with "|"
+  } cases[] = {
+      {"RADIO", 111, R"({"kvpAverage": {"value": 1500, "status": 3}})",
+       "OL|81.2|79.8|1.234|5.678|100||||3.5"},
+      {"RADIO", 111, R"({"dose": {"value": 1234, "status": 2}, "kvpPpv": {"value": 798, "status": 5}})",
+       "80.3|81.2|UL|1.234*|5.678|100||||3.5"},
+      {"MAMMO", 111, R"({"kind": "mammo"})", "80.3|81.2|79.8|1.234|5.678|100||||0.35"},
+      {"RADIO", 212, R"({"pulses": 12})", "80.3|81.2|79.8|12.34|56.78|100|12|||3.5"},
+      {"FLUORO", 131, R"({"kind": "fluoro", "deliveries": 1, "doseRate": 1234})",
+       "80.3|81.2|79.8|0.001234|4.4424|100||||3.5"},
   };
-  const Case cases[] = {
-      {"over range kVp average",
-       "22465::RADIO",
-       R"({"kvpAverage": {"value": 1500, "status": 3}})",
-       1,
-       1,
-       1,
-       {"OL", "81.2", "79.8", "1.234", "5.678", "100", "", "", "", "3.5"}},
-      {"marked and under range",
-       "22465::RADIO",
-       R"({"dose": {"value": 1234, "status": 2}, "kvpPpv": {"value": 798, "status": 5}})",
-       1,
-       1,
-       1,
-       {"80.3", "81.2", "UL", "1.234*", "5.678", "100", "", "", "", "3.5"}},
-      {"mammography HVL in hundredths",
-       "22466::MAMMO",
-       R"({"kind": "mammo"})",
-       1,
-       1,
-       1,
-       {"80.3", "81.2", "79.8", "1.234", "5.678", "100", "", "", "", "0.35"}},
-      {"pulses when the time unit is pulses",
-       "22465::RADIO",
-       R"({"pulses": 12})",
-       2,
-       1,
-       2,
-       {"80.3", "81.2", "79.8", "12.34", "56.78", "100", "12", "", "", "3.5"}},
-      {"fluoroscopy rate code 3 with dose unit 1",
-       "22464::FLUORO",
-       R"({"kind": "fluoro", "deliveries": 1, "doseRate": 1234})",
-       1,
-       3,
-       1,
-       {"80.3", "81.2", "79.8", "0.001234", "4.4424", "100", "", "", "", "3.5"}},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.exposure);
     events = RecordingEvents();
-    start(detector(101, 1, R"("exposures": [)" + c.exposure + "]"), c.mode);
-    instrument->pDoseUnits(c.doseUnit);
-    instrument->pDoseRateUnits(c.rateUnit);
-    instrument->pTimeUnit(c.timeUnit);
+    start(detector(101, 1, R"("exposures": [)" + c.exposure + "]"));
+    instrument->pCurrentMode(c.mode);
+    instrument->pDoseUnits(static_cast<std::uint8_t>(c.units / 100));
+    instrument->pDoseRateUnits(static_cast<std::uint8_t>(c.units / 10 % 10));
+    instrument->pTimeUnit(static_cast<std::uint8_t>(c.units % 10));
     ASSERT_GT(pollUntilFinished(), 0);
-    EXPECT_EQ(events.dataReady, c.texts);
+    std::string joined;
+    for (std::size_t i = 0; i < events.dataReady.size(); ++i)
+      joined += (i > 0 ? "|" : "") + events.dataReady[i];
+    EXPECT_EQ(joined, c.texts);
   }
 }
 

@@ -30,11 +30,7 @@ class Settings : public ::testing::Test {
     testing::connectEveryDetector(*context);
     simulator->clearCalls();
   }
-  int calls(const std::string& prefix) const {
-    const auto all = simulator->calls();
-    return static_cast<int>(std::count_if(
-        all.begin(), all.end(), [&](const std::string& call) { return call.rfind(prefix, 0) == 0; }));
-  }
+  int calls(const std::string& prefix) const { return simulator->callsStartingWith(prefix); }
   MeasurementSettings& record() { return context->state.settings; }
 
   TestPlatform platform;

@@ -2,7 +2,6 @@
 // battery update and the calibration report. Dialogs are scripted views driving the real presenters.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 
 #include "fakes/Simulator.h"
@@ -34,11 +33,7 @@ class Session : public ::testing::Test {
     session = std::make_unique<QuerySession>(*context);
     session->RegisterApp();
   }
-  int calls(const std::string& prefix) const {
-    const auto all = simulator->calls();
-    return static_cast<int>(std::count_if(
-        all.begin(), all.end(), [&](const std::string& call) { return call.rfind(prefix, 0) == 0; }));
-  }
+  int calls(const std::string& prefix) const { return simulator->callsStartingWith(prefix); }
   /// The user ticks these kinds and presses Connect, then closes the dialog if it is still open.
   static ScriptedConnectView::Script tickAndConnect(std::initializer_list<const char*> kindList) {
     return [kinds = std::vector<std::string>(kindList.begin(), kindList.end())](ConnectDialog& dialog,

@@ -44,6 +44,12 @@ class Simulator {
     }
     return result;
   }
+  /// How many of those calls begin with `prefix`.
+  int callsStartingWith(const std::string& prefix) const {
+    int count = 0;
+    for (const std::string& call : calls()) count += call.rfind(prefix, 0) == 0 ? 1 : 0;
+    return count;
+  }
   void clearCalls() { resolve<decltype(&SimClearCallLog)>("SimClearCallLog")(); }
 
   SimDetectorState detector(std::int32_t identifier) const {

@@ -2,11 +2,9 @@
 // scenarios, the scenario sources and the format's rules.
 #include <dlfcn.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <set>
 
 #include "SimTestSupport.h"
 #include "device/MBFunctionTable.h"
