@@ -48,4 +48,14 @@ std::string DatePicker::GetDTPicketDate() {
   return control_.text();
 }
 
+std::string detectorDateText(DatePickerControl& control, const CalDate& date, const std::string& fallback) {
+  try {
+    DatePicker picker(control);
+    picker.SetDTPicketDate(std::to_string(date.day), std::to_string(date.month), std::to_string(date.year));
+    return picker.GetDTPicketDate();
+  } catch (...) {
+    return fallback;
+  }
+}
+
 }  // namespace rx9400

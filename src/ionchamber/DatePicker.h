@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "device/EnumsStructs.h"
 #include "platform/DatePickerControl.h"
 
 namespace rx9400 {
@@ -23,5 +24,8 @@ class DatePicker {
  private:
   DatePickerControl& control_;
 };
+
+/// A detector's date as the hidden date picker renders it; `fallback` when the picker refuses it.
+std::string detectorDateText(DatePickerControl& control, const CalDate& date, const std::string& fallback);
 
 }  // namespace rx9400

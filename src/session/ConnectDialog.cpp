@@ -89,16 +89,6 @@ void ConnectDialog::showModal(bool topmost) {
   view_.showModal();
 }
 
-std::string ConnectDialog::dateText(const CalDate& date) {
-  try {
-    DatePicker picker(context_.services.datePicker);
-    picker.SetDTPicketDate(std::to_string(date.day), std::to_string(date.month), std::to_string(date.year));
-    return picker.GetDTPicketDate();
-  } catch (...) {
-    return context_.catalogue.text(catalogue::kNone);
-  }
-}
-
 void ConnectDialog::load() {
   connected_ = false;
   try {
@@ -134,8 +124,8 @@ void ConnectDialog::activated() {
 
 void ConnectDialog::rowSelected(int row) {
   try {
+    const std::string none = context_.catalogue.text(catalogue::kNone);
     if (row < 0 || static_cast<std::size_t>(row) >= detectors_.size()) {
-      const std::string none = context_.catalogue.text(catalogue::kNone);
       view_.setDetails({none, context_.catalogue.text(catalogue::kCalDate) + none,
                         context_.catalogue.text(catalogue::kCalDueDate) + none,
                         context_.catalogue.text(catalogue::kSWVersion) + none,
@@ -144,8 +134,10 @@ void ConnectDialog::rowSelected(int row) {
     }
     const DetectorInfo& info = detectors_[static_cast<std::size_t>(row)];
     view_.setDetails({std::to_string(info.serialNumber),
-                      context_.catalogue.text(catalogue::kCalDate) + dateText(info.calibrationDate),
-                      context_.catalogue.text(catalogue::kCalDueDate) + dateText(info.calibrationDueDate),
+                      context_.catalogue.text(catalogue::kCalDate) +
+                          detectorDateText(context_.services.datePicker, info.calibrationDate, none),
+                      context_.catalogue.text(catalogue::kCalDueDate) +
+                          detectorDateText(context_.services.datePicker, info.calibrationDueDate, none),
                       context_.catalogue.text(catalogue::kSWVersion) +
                           versionPair(info.firstVersionMajor, info.firstVersionMinor, info.secondVersionMajor,
                                       info.secondVersionMinor),

@@ -87,7 +87,6 @@ class ConnectDialog {
     std::int32_t typeCode;
     int detectors;  ///< how many were handed in
   };
-  std::string dateText(const CalDate& date);
   bool refuse(const std::vector<std::size_t>& ticked);
 
   PluginContext& context_;

@@ -208,16 +208,6 @@ std::vector<std::string> QuerySession::invalidTargetFilters(std::int32_t id) {
   return names;
 }
 
-std::string QuerySession::calibrationDateText(const CalDate& date) {
-  try {
-    DatePicker picker(context_.services.datePicker);
-    picker.SetDTPicketDate(std::to_string(date.day), std::to_string(date.month), std::to_string(date.year));
-    return picker.GetDTPicketDate();
-  } catch (...) {
-    return plainDateText(date);
-  }
-}
-
 void QuerySession::reportCalibration() {
   Catalogue& catalogue = context_.catalogue;
   for (std::size_t slot = 0; slot < context_.state.slotCount(); ++slot) {
@@ -245,9 +235,11 @@ void QuerySession::reportCalibration() {
       if (overdue) text += catalogue.text(catalogue::kCalibrationOverdue);
       if (datesValid) {
         text += "\n" + dateIndent + catalogue.text(catalogue::kCalibrationDate) +
-                calibrationDateText(info.calibrationDate);
+                detectorDateText(context_.services.datePicker, info.calibrationDate,
+                                 plainDateText(info.calibrationDate));
         text += "\n" + dateIndent + catalogue.text(catalogue::kCalibrationDueDate) +
-                calibrationDateText(info.calibrationDueDate);
+                detectorDateText(context_.services.datePicker, info.calibrationDueDate,
+                                 plainDateText(info.calibrationDueDate));
       }
       for (const std::string& name : filters) {
         text += "\n" + filterIndent + catalogue.text(catalogue::kTargetFilter) + name + " " +

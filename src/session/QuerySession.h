@@ -52,7 +52,6 @@ class QuerySession {
   void addAndConnect(ConnectDialog& dialog, std::uint8_t count, std::int32_t typeCode, std::int32_t repeat,
                      bool last);
   std::vector<std::string> invalidTargetFilters(std::int32_t id);
-  std::string calibrationDateText(const CalDate& date);
 
   PluginContext& context_;
   bool resetFlag_ = false;

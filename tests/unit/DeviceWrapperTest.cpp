@@ -33,10 +33,6 @@ std::vector<DetectorInfo> connectAll(MBdllFunctions& library) {
   return found;
 }
 
-bool contains(const std::vector<std::string>& calls, const std::string& call) {
-  return std::find(calls.begin(), calls.end(), call) != calls.end();
-}
-
 TEST(DeviceWrapper, ConstantArgumentsReachTheLibraryAsItExpectsThem) {
   Simulator simulator;
   MBdllFunctions& library = simulator.library();
@@ -57,7 +53,7 @@ TEST(DeviceWrapper, ConstantArgumentsReachTheLibraryAsItExpectsThem) {
        {"MBGetBatteryStatus(*, " + n + ", -1)", "MBGetNumberOfValidTargetFilters(" + n + ", -1)",
         "MBGetMeasuredData(*, " + n + ", 0)", "MBGetmAsMeasuredData(*, " + n + ", 0)",
         "MBGetNumberOfDataPoints(" + n + ", 0)"}) {
-    EXPECT_TRUE(contains(calls, expected)) << expected;
+    EXPECT_NE(std::find(calls.begin(), calls.end(), expected), calls.end()) << expected;
   }
   ASSERT_EQ(calls.size(), 6u);
   EXPECT_EQ(calls[5].rfind("MBSetWaveformParameters(" + n + ", ", 0), 0u) << calls[5];

@@ -54,8 +54,7 @@ inline void connectEveryDetector(PluginContext& context) {
   MBdllFunctions& library = context.library;
   library.MBRegisterApplication(1);
   library.MBScanForDetectors();
-  while (library.MBGetScanCompleteStatus() == 1) {
-  }
+  while (library.MBGetScanCompleteStatus() == 1) continue;
   std::vector<DetectorInfo> found;
   std::vector<std::int32_t> kinds, ids;
   std::vector<std::uint8_t> types;
