@@ -94,8 +94,19 @@ struct QuietServices final : TraceSink,
                         const std::string&) override {}
 
   PlatformServices services() {
-    return PlatformServices{language, *this, *this, *this, *this, *this,
-                            *this,    *this, *this, *this, *this, *this};
+    return PlatformServices{language,
+                            *this,
+                            *this,
+                            *this,
+                            *this,
+                            *this,
+                            *this,
+                            *this,
+                            *this,
+                            *this,
+                            *this,
+                            *this,
+                            systemSharedMemory()};
   }
 };
 

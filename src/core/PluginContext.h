@@ -14,6 +14,7 @@
 #include "platform/MessageBoxes.h"
 #include "platform/NoticeBoxes.h"
 #include "platform/Registry.h"
+#include "platform/SharedMemory.h"
 #include "platform/Sound.h"
 #include "platform/TraceSink.h"
 #include "platform/WindowSystem.h"
@@ -36,6 +37,7 @@ struct PlatformServices {
   Clock& clock;
   Locale& locale;
   NoticeBoxes& noticeBoxes;
+  SharedMemory& sharedMemory;
 };
 
 struct PluginContext {

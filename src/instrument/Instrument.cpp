@@ -1,5 +1,6 @@
 // The instrument: construction, and the members whose behaviour is not built yet (they return their
-// defaults). Settings are in Settings.cpp, exposure polling in Polling.cpp.
+// defaults). Settings are in Settings.cpp, exposure polling in Polling.cpp,
+// waveforms in Waveforms.cpp.
 #include "instrument/Instrument.h"
 
 namespace rx9400 {
@@ -19,13 +20,6 @@ bool Instrument::CheckConnectionStatus() {
 }
 void Instrument::CloseWindow() {}
 void Instrument::CheckSleepStatus() {}
-
-std::string Instrument::GetWaveformInSecs(float, float, std::int32_t, std::int32_t) {
-  return {};
-}
-std::string Instrument::GetWaveformInMilliSec(float, float, std::int32_t) {
-  return {};
-}
 
 std::string Instrument::GetDetectorType() {
   return {};

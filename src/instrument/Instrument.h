@@ -40,6 +40,12 @@ struct CompareData {
   float rOffTemp = 0;
 };
 
+/// The shared-memory section of a detector's all-in-one waveform: "MB_" and the identifier padded with
+/// zeros to eight digits, never cut (MB_00004711, MB_123456789).
+std::string sharedSectionName(std::int32_t id);
+
+struct WaveformRequest;
+
 class Instrument {
  public:
   /// `events` receives everything the instrument raises; both outlive the instrument.
@@ -91,7 +97,8 @@ class Instrument {
   void CloseWindow();
   void CheckSleepStatus();
 
-  // Waveforms. NOT BUILT YET: each returns an empty text.
+  // Waveforms: the samples of the last exposure as one text, values joined by ",". With several
+  // detectors only the last slot's waveform is returned.
   std::string GetWaveformInSecs(float rMin, float rMax, std::int32_t ldataPoints, std::int32_t lValue);
   std::string GetWaveformInMilliSec(float rMin, float rMax, std::int32_t ldataPoints);
 
@@ -134,6 +141,19 @@ class Instrument {
   void closeSleepNotice(std::size_t slot);
   void showNotice(const std::string& caption, const std::string& heading, const std::string& message);
   void threeBeeps(int milliseconds);
+
+  // Waveforms.
+  std::string downloadWaveforms(WaveformRequest request);
+  void downloadAioWaveform(const WaveformRequest& request, std::int32_t id, std::int32_t kind,
+                           std::string& text);
+  void downloadMasWaveform(const WaveformRequest& request, std::int32_t id, std::int32_t kind,
+                           std::string& text);
+  void waveformBox(const WaveformRequest& request, const std::string& message,
+                   std::string_view milliSecCaption);
+  void traceWaveformParameters(const WaveformRequest& request, std::int32_t id, std::int32_t points,
+                               std::int32_t kind, const char* dash);
+  void noWaveformPoints(const WaveformRequest& request, std::int32_t id, std::int32_t points,
+                        std::int32_t kind);
 
   PluginContext& context_;
   InstrumentEvents& events_;

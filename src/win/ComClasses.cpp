@@ -37,7 +37,7 @@ PluginContext& pluginContext() {
   static PluginContext context(
       MBdllFunctions::forInstalledLibrary(),
       PlatformServices{language, traceSink, registry, windows, datePicker, sound, messageBoxes, eventPump,
-                       dialogs, clock, locale, noticeBoxes});
+                       dialogs, clock, locale, noticeBoxes, systemSharedMemory()});
   static const bool reporting = [] {
     setFailureReporter([](const char* member, const char* what) {
       pluginContext().trace.trace({"$" + std::string(member) + "$ - Error :: " + what});

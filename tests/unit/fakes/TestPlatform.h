@@ -328,8 +328,8 @@ struct TestPlatform {
   RecordingNoticeBoxes notices;
 
   PlatformServices services() {
-    return PlatformServices{language, trace, registry, windows, datePicker, sound,
-                            boxes,    pump,  dialogs,  clock,   locale,     notices};
+    return PlatformServices{language, trace, registry, windows, datePicker,          sound, boxes, pump,
+                            dialogs,  clock, locale,   notices, systemSharedMemory()};
   }
 };
 
