@@ -235,9 +235,13 @@ class Simulator {
   void deliverMain(Detector& detector, const Exposure& exposure);
   void finishMainExposure(Detector& detector);
   void startMasWait(Detector& detector);
-  /// Replaces the detector's section with one holding `bytes`; false (and a log note) when the system
-  /// refuses.
+  /// Replaces the detector's section with one of `size` bytes written by `fill`; false (and a log note)
+  /// when the system refuses.
+  bool publish(std::int32_t id, std::size_t size, const SharedSection::Fill& fill);
   bool publish(std::int32_t id, const std::vector<std::uint8_t>& bytes);
+  /// Publishes points of a recording as MBSetWaveformParameters asks; false when the system refuses.
+  bool publishSamples(std::int32_t id, const std::vector<std::int32_t>& recording,
+                      const WaveformParameters& parameters);
   void dropSection(std::int32_t id);
 
   Scenario scenario_;

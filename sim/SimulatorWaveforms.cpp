@@ -3,6 +3,8 @@
 #include "Simulator.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <utility>
@@ -12,35 +14,58 @@ namespace rx9400::sim {
 
 namespace {
 
-/// Samples first, first + step, ... (`count` of them, at most the recording's length) as little-endian
-/// 32-bit integers; a point outside the recording reads 0.
-std::vector<std::uint8_t> sampleBytes(const std::vector<std::int32_t>& recording, std::int64_t first,
-                                      std::int64_t count, std::int64_t step) {
-  count = std::min<std::int64_t>(count, static_cast<std::int64_t>(recording.size()));
-  std::vector<std::uint8_t> bytes;
-  bytes.reserve(static_cast<std::size_t>(count) * 4);
+/// Writes the samples first, first + step, ... (`count` of them) as little-endian 32-bit integers; a point
+/// outside the recording is 0. With step 1 the recording is copied in one piece.
+void writeSamples(const std::vector<std::int32_t>& recording, std::int64_t first, std::int64_t count,
+                  std::int64_t step, std::uint8_t* out) {
+  const auto size = static_cast<std::int64_t>(recording.size());
+  if (step == 1 && std::endian::native == std::endian::little) {
+    const std::int64_t from = std::clamp<std::int64_t>(first, 0, size);
+    const std::int64_t to = std::clamp<std::int64_t>(first + count, from, size);
+    const auto head = static_cast<std::size_t>(std::clamp<std::int64_t>(from - first, 0, count)) * 4;
+    const auto body = static_cast<std::size_t>(to - from) * 4;
+    std::memset(out, 0, head);
+    if (body > 0) std::memcpy(out + head, recording.data() + from, body);
+    std::memset(out + head + body, 0, static_cast<std::size_t>(count) * 4 - head - body);
+    return;
+  }
   for (std::int64_t k = 0; k < count; ++k) {
     const std::int64_t index = first + k * step;
-    const bool inside = index >= 0 && index < static_cast<std::int64_t>(recording.size());
+    const bool inside = index >= 0 && index < size;
     const auto value = static_cast<std::uint32_t>(inside ? recording[static_cast<std::size_t>(index)] : 0);
-    for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<std::uint8_t>(value >> shift));
+    for (int b = 0; b < 4; ++b) out[4 * k + b] = static_cast<std::uint8_t>(value >> (8 * b));
   }
-  return bytes;
 }
 
 }  // namespace
 
-bool Simulator::publish(std::int32_t id, const std::vector<std::uint8_t>& bytes) {
+bool Simulator::publish(std::int32_t id, std::size_t size, const SharedSection::Fill& fill) {
   dropSection(id);
   const std::string name = SharedSection::nameFor(id);
   std::string error;
-  std::unique_ptr<SharedSection> section = SharedSection::create(name, bytes.data(), bytes.size(), error);
+  std::unique_ptr<SharedSection> section = SharedSection::create(name, size, fill, error);
   if (section == nullptr) {
     log_.note("section " + name + " not created: " + error);
     return false;
   }
   sections_[id] = std::move(section);
   return true;
+}
+
+bool Simulator::publish(std::int32_t id, const std::vector<std::uint8_t>& bytes) {
+  return publish(id, bytes.size(),
+                 [&](std::uint8_t* view) { std::memcpy(view, bytes.data(), bytes.size()); });
+}
+
+bool Simulator::publishSamples(std::int32_t id, const std::vector<std::int32_t>& recording,
+                               const WaveformParameters& parameters) {
+  const std::int64_t step = parameters.step < 1 ? 1 : parameters.step;
+  const std::int64_t points =
+      std::min<std::int64_t>(parameters.numberOfPoints, static_cast<std::int64_t>(recording.size()));
+  const std::size_t bytes = static_cast<std::size_t>(points) * 4;
+  return publish(id, bytes, [&](std::uint8_t* view) {
+    writeSamples(recording, parameters.startPoint, static_cast<std::int64_t>(bytes / 4), step, view);
+  });
 }
 
 void Simulator::dropSection(std::int32_t id) {
@@ -61,9 +86,7 @@ std::int32_t Simulator::setWaveformParameters(std::int32_t id, const WaveformPar
     d->waveformAvailable = 1;
     return 1;
   }
-  const std::int64_t step = parameters->step < 1 ? 1 : parameters->step;
-  const bool published =
-      publish(id, sampleBytes(*d->recording, parameters->startPoint, parameters->numberOfPoints, step));
+  const bool published = publishSamples(id, *d->recording, *parameters);
   d->waveformAvailable = published ? 1 : 0;
   return published ? 1 : 0;
 }
@@ -122,10 +145,7 @@ std::int32_t Simulator::setMasWaveformParameters(std::int32_t id, const Waveform
       d->masRecording->empty() || parameters->numberOfPoints < 1) {
     return 0;
   }
-  const std::int64_t step = parameters->step < 1 ? 1 : parameters->step;
-  return publish(id, sampleBytes(*d->masRecording, parameters->startPoint, parameters->numberOfPoints, step))
-             ? 1
-             : 0;
+  return publishSamples(id, *d->masRecording, *parameters) ? 1 : 0;
 }
 
 std::int16_t Simulator::getMasWaveformAvailabilityStatus(std::int32_t id) {
