@@ -14,6 +14,10 @@ namespace rx9400::sim {
 
 namespace {
 
+/// Windows rounds a section up to whole pages of this size; a section cut by the sectionShortBy fault is
+/// a whole number of them, so that a view of the points asked for fails on every platform.
+constexpr std::size_t kPageBytes = 4096;
+
 /// Writes the samples first, first + step, ... (`count` of them) as little-endian 32-bit integers; a point
 /// outside the recording is 0. With step 1 the recording is copied in one piece.
 void writeSamples(const std::vector<std::int32_t>& recording, std::int64_t first, std::int64_t count,
@@ -58,11 +62,19 @@ bool Simulator::publish(std::int32_t id, const std::vector<std::uint8_t>& bytes)
 }
 
 bool Simulator::publishSamples(std::int32_t id, const std::vector<std::int32_t>& recording,
-                               const WaveformParameters& parameters) {
+                               const WaveformParameters& parameters, std::int32_t shortBy) {
   const std::int64_t step = parameters.step < 1 ? 1 : parameters.step;
   const std::int64_t points =
       std::min<std::int64_t>(parameters.numberOfPoints, static_cast<std::int64_t>(recording.size()));
-  const std::size_t bytes = static_cast<std::size_t>(points) * 4;
+  std::size_t bytes = static_cast<std::size_t>(points) * 4;
+  if (shortBy > 0) {
+    bytes =
+        static_cast<std::size_t>(std::max<std::int64_t>(points - shortBy, 0)) * 4 / kPageBytes * kPageBytes;
+    if (bytes == 0) {  // not even a page left: no section at all
+      dropSection(id);
+      return true;
+    }
+  }
   return publish(id, bytes, [&](std::uint8_t* view) {
     writeSamples(recording, parameters.startPoint, static_cast<std::int64_t>(bytes / 4), step, view);
   });
@@ -86,7 +98,7 @@ std::int32_t Simulator::setWaveformParameters(std::int32_t id, const WaveformPar
     d->waveformAvailable = 1;
     return 1;
   }
-  const bool published = publishSamples(id, *d->recording, *parameters);
+  const bool published = publishSamples(id, *d->recording, *parameters, faults.sectionShortBy);
   d->waveformAvailable = published ? 1 : 0;
   return published ? 1 : 0;
 }
@@ -108,6 +120,8 @@ std::int32_t Simulator::startWaveformDownload(std::int32_t id, std::uint8_t star
   if (start != 0) {
     d->downloadActive = true;
     ++d->downloadStarts;
+    d->masBlocks = 0;
+    d->masLinkDown = false;
   } else {
     d->downloadActive = false;
   }
@@ -124,10 +138,10 @@ std::int32_t Simulator::getMasNumberOfDataPoints(std::int32_t id, std::int32_t* 
 
 std::int32_t Simulator::getMasWaveformDataPoints(std::int32_t id, std::int32_t firstPoint, std::uint8_t step,
                                                  std::uint8_t count, std::int32_t* first) {
-  const Detector* d = query(id);
+  Detector* d = query(id);
   if (first == nullptr) return 0;
   std::fill(first, first + count, 0);
-  if (d == nullptr || !d->plan->hasMas() || d->masRecording == nullptr) return 0;
+  if (d == nullptr || !d->plan->hasMas() || d->masRecording == nullptr || d->masLinkDown) return 0;
   const std::vector<std::int32_t>& recording = *d->masRecording;
   const std::int64_t stride = step == 0 ? 1 : step;
   for (std::int64_t k = 0; k < count; ++k) {
@@ -136,6 +150,8 @@ std::int32_t Simulator::getMasWaveformDataPoints(std::int32_t id, std::int32_t f
       first[k] = recording[static_cast<std::size_t>(index)];
     }
   }
+  const std::int32_t lossAfter = d->plan->faults.masLinkLossAfterBlocks;
+  if (lossAfter > 0 && ++d->masBlocks >= lossAfter) d->masLinkDown = true;
   return count;
 }
 
@@ -145,7 +161,7 @@ std::int32_t Simulator::setMasWaveformParameters(std::int32_t id, const Waveform
       d->masRecording->empty() || parameters->numberOfPoints < 1) {
     return 0;
   }
-  return publishSamples(id, *d->masRecording, *parameters) ? 1 : 0;
+  return publishSamples(id, *d->masRecording, *parameters, 0) ? 1 : 0;
 }
 
 std::int16_t Simulator::getMasWaveformAvailabilityStatus(std::int32_t id) {
