@@ -87,8 +87,7 @@ TEST_F(SimFaults, MasLinkLossShowsFromTheKthBlockUntilTheNextDownloadStarts) {
   scanAndConnect({66});
   MBEnableMeasurement(66);
   MasMeasuredData m{};
-  MBGetmAsMeasuredData(&m, 66, 0);
-  MBGetmAsMeasuredData(&m, 66, 0);
+  for (int read = 0; read < 2; ++read) MBGetmAsMeasuredData(&m, 66, 0);  // started, then delivered
   std::int32_t block[26];
   std::vector<std::int32_t> seen;  // connection states and block answers
   const auto poll = [&] { seen.push_back(status(66).connectionState); };
