@@ -25,10 +25,10 @@ std::string aio(int id, const std::string& samples, const std::string& faults = 
          R"(, "exposures": [{"waveform": )" + samples + "}]}";
 }
 /// An mAs meter whose one exposure recorded `points` samples over `span` ms.
-std::string mas(int id, int points, int span = 100, int inputType = 1) {
-  return R"({"identifier": )" + std::to_string(id) + R"(, "typeCode": 2, "mas": {"inputType": )" +
-         std::to_string(inputType) + R"(, "exposures": [{"span": )" + std::to_string(span) +
-         R"(, "waveform": {"points": )" + std::to_string(points) + "}}]}}";
+std::string mas(int id, int points, int span = 100, int inputType = 1, const std::string& faults = "{}") {
+  return R"({"identifier": )" + std::to_string(id) + R"(, "typeCode": 2, "faults": )" + faults +
+         R"(, "mas": {"inputType": )" + std::to_string(inputType) + R"(, "exposures": [{"span": )" +
+         std::to_string(span) + R"(, "waveform": {"points": )" + std::to_string(points) + "}}]}}";
 }
 std::string points(int count) {
   return R"({"points": )" + std::to_string(count) + "}";
@@ -168,6 +168,8 @@ TEST_F(Waveforms, EachFailureShowsItsBoxWithTheCaptionOfItsMemberAndResumesTheUp
       {aio(101, "[]"), 100, 10, "No data points found to download.", "No Data Points"},
       {aio(101, points(50), R"({"sectionMissing": true})"), 100, 10, "Error in open file mapping.",
        "Open File Mapping Error"},
+      {aio(101, points(5000), R"({"sectionShortBy": 1100})"), 5000, 10, "Error in map view file.",
+       "Map View File Error"},
       {aio(101, points(50), R"({"waveformNeverAvailable": true})"), 100, 10, "", ""},
   };
   for (const auto& c : cases) {
@@ -231,6 +233,21 @@ TEST_F(Waveforms, TheMasWaveformComesInBlocksOf26EachValueAfterAComma) {
   }
   EXPECT_EQ(callsOf("MBStartWFDownload"),
             (std::vector<std::string>{"MBStartWFDownload(102, 1)", "MBStartWFDownload(102, 0)"}));
+}
+
+TEST_F(Waveforms, ALinkLostBetweenBlocksEndsTheDownloadWithTheTextGatheredSoFar) {
+  start(mas(102, 200, 100, 2, R"({"masLinkLossAfterBlocks": 3})"));
+  const std::string text = instrument->GetWaveformInSecs(0, 10, 100, 2);
+  std::vector<std::string> calls;
+  for (const std::string& call : simulator->calls()) calls.push_back(call.substr(0, call.find('(')));
+  EXPECT_EQ(calls, (std::vector<std::string>{
+                       "MBPauseUpdateThread", "MBGetmAsNumberOfDataPoints", "MBResumeUpdateThread",
+                       "MBStartWFDownload", "MBGetDetectorStatus", "MBGetmAsWaveFormDataPoints",
+                       "MBGetDetectorStatus", "MBGetmAsWaveFormDataPoints", "MBGetDetectorStatus",
+                       "MBGetmAsWaveFormDataPoints", "MBGetDetectorStatus", "MBStartWFDownload",
+                       "MBResumeUpdateThread"}));
+  EXPECT_EQ(values(text) - 1, 3U * 26);
+  EXPECT_EQ(instrument->pResolution(), 0) << "an interrupted download leaves the resolution alone";
 }
 
 TEST_F(Waveforms, AMemberCalledFromThePumpLeavesTheOuterTransferWhole) {
