@@ -5,9 +5,12 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "../sim/SimControl.h"
 #include "core/InstrumentEvents.h"
 #include "core/PluginContext.h"
+#include "instrument/Instrument.h"
 #include "session/DialogFactory.h"
 
 namespace rx9400 {
@@ -79,6 +82,44 @@ struct QuietServices final : TraceSink,
                             *this,
                             systemSharedMemory()};
   }
+};
+
+/// An instrument over the simulator, started from a scenario of `detectors` (JSON objects) and with
+/// every detector the scan finds connected, type by type.
+struct SimulatedInstrument {
+  explicit SimulatedInstrument(const std::string& detectors)
+      : context(MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH), services.services()),
+        instrument(context, services) {
+    std::string error;
+    control = openDynamicLibraryAt(RX9400_SIMULATOR_PATH, error);
+    const std::string scenario = R"({"scan": {"pollsUntilComplete": 0}, "detectors": [)" + detectors + "]}";
+    reinterpret_cast<decltype(&SimLoadScenarioText)>(control->findSymbol("SimLoadScenarioText"))(
+        scenario.c_str());
+    clearLog = reinterpret_cast<decltype(&SimClearCallLog)>(control->findSymbol("SimClearCallLog"));
+    MBdllFunctions& library = context.library;
+    library.MBScanForDetectors();
+    library.MBGetScanCompleteStatus();
+    std::vector<DetectorInfo> found;
+    std::vector<std::int32_t> ids, kinds;
+    std::vector<std::uint8_t> types;
+    for (const std::int32_t type : {1, 2, 3, 4, 5}) {
+      for (const DetectorInfo& info :
+           library.MBGetDetectorInfoOfType(type, library.MBGetNumberOfDetectors(type))) {
+        found.push_back(info);
+        ids.push_back(info.identifier);
+        kinds.push_back(type);
+        types.push_back(static_cast<std::uint8_t>(type));
+      }
+    }
+    library.MBConnectToDetectors(ids, types);
+    context.state.setConnectedDetectors(found, kinds);
+  }
+
+  QuietServices services;
+  PluginContext context;
+  Instrument instrument;
+  std::unique_ptr<DynamicLibrary> control;
+  decltype(&SimClearCallLog) clearLog = nullptr;
 };
 
 }  // namespace rx9400

@@ -15,7 +15,6 @@
 #include <string>
 #include <vector>
 
-#include "../sim/SimControl.h"
 #include "BenchSupport.h"
 #include "core/PluginContext.h"
 #include "instrument/Instrument.h"
@@ -94,35 +93,18 @@ BENCHMARK(BM_IdlePassStubLibrary)->Arg(1)->Arg(3)->Arg(8);
 
 /// The simulator with `slots` connected, armed all-in-one detectors with mAs meter; `exposure` is the
 /// JSON of their exposures (empty: none, the pass stays idle).
-struct SimulatedPass {
-  SimulatedPass(int slots, const std::string& exposures)
-      : context(MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH), services.services()),
-        instrument(context, services) {
-    std::string error;
-    control = openDynamicLibraryAt(RX9400_SIMULATOR_PATH, error);
-    std::string detectors;
-    for (int i = 0; i < slots; ++i) {
-      detectors += (i > 0 ? "," : "") + std::string(R"({"identifier": )") + std::to_string(5001 + i) +
-                   R"(, "typeCode": 1)" + (exposures.empty() ? "" : ", " + exposures) + "}";
-    }
-    const std::string scenario = R"({"scan": {"pollsUntilComplete": 0}, "detectors": [)" + detectors + "]}";
-    reinterpret_cast<decltype(&SimLoadScenarioText)>(control->findSymbol("SimLoadScenarioText"))(
-        scenario.c_str());
-    clearLog = reinterpret_cast<decltype(&SimClearCallLog)>(control->findSymbol("SimClearCallLog"));
-    MBdllFunctions& library = context.library;
-    library.MBScanForDetectors();
-    library.MBGetScanCompleteStatus();
-    std::vector<std::int32_t> ids;
-    std::vector<std::uint8_t> types;
-    std::vector<DetectorInfo> found = library.MBGetDetectorInfoOfType(1, library.MBGetNumberOfDetectors(1));
-    for (const auto& info : found) {
-      ids.push_back(info.identifier);
-      types.push_back(1);
-    }
-    library.MBConnectToDetectors(ids, types);
-    context.state.setConnectedDetectors(found, std::vector<std::int32_t>(found.size(), 1));
+struct SimulatedPass : SimulatedInstrument {
+  SimulatedPass(int slots, const std::string& exposures) : SimulatedInstrument(detectors(slots, exposures)) {
     instrument.pDoseUnits(1);
     instrument.EnableMeasurements(true);
+  }
+  static std::string detectors(int slots, const std::string& exposures) {
+    std::string list;
+    for (int i = 0; i < slots; ++i) {
+      list += (i > 0 ? "," : "") + std::string(R"({"identifier": )") + std::to_string(5001 + i) +
+              R"(, "typeCode": 1)" + (exposures.empty() ? "" : ", " + exposures) + "}";
+    }
+    return list;
   }
   /// The simulator's call log grows by a line a call: emptied outside the timed part.
   void trimLog(benchmark::State& run, std::int64_t iteration) {
@@ -131,12 +113,6 @@ struct SimulatedPass {
     clearLog();
     run.ResumeTiming();
   }
-
-  QuietServices services;
-  PluginContext context;
-  Instrument instrument;
-  std::unique_ptr<DynamicLibrary> control;
-  decltype(&SimClearCallLog) clearLog = nullptr;
 };
 
 void BM_IdlePassSimulator(benchmark::State& run) {

@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "../sim/SimControl.h"
 #include "BenchSupport.h"
 #include "core/SampleText.h"
 #include "instrument/Instrument.h"
@@ -53,30 +52,15 @@ BENCHMARK(BM_AioTextGeneralPath)->Arg(1000000)->Unit(benchmark::kMillisecond)->I
 
 /// An all-in-one detector (4711) and an mAs meter (4712) whose exposures recorded `aioPoints` and
 /// `masPoints` samples, connected and delivered.
-struct SimulatedDownload {
+struct SimulatedDownload : SimulatedInstrument {
   SimulatedDownload(std::int64_t aioPoints, std::int64_t masPoints)
-      : context(MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH), services.services()),
-        instrument(context, services) {
-    std::string error;
-    control = openDynamicLibraryAt(RX9400_SIMULATOR_PATH, error);
-    const std::string scenario =
-        R"({"scan": {"pollsUntilComplete": 0}, "detectors": [)"
-        R"({"identifier": 4711, "typeCode": 1, "exposures": [{"waveform": {"points": )" +
-        std::to_string(aioPoints) +
-        R"(}}]}, {"identifier": 4712, "typeCode": 2, "mas": {"exposures": [{"span": 100, "waveform": {"points": )" +
-        std::to_string(masPoints) + "}}]}}]}";
-    reinterpret_cast<decltype(&SimLoadScenarioText)>(control->findSymbol("SimLoadScenarioText"))(
-        scenario.c_str());
-    clearLog = reinterpret_cast<decltype(&SimClearCallLog)>(control->findSymbol("SimClearCallLog"));
+      : SimulatedInstrument(
+            R"({"identifier": 4711, "typeCode": 1, "exposures": [{"waveform": {"points": )" +
+            std::to_string(aioPoints) +
+            R"(}}]}, {"identifier": 4712, "typeCode": 2, "mas": {"exposures": [{"span": 100, )"
+            R"("waveform": {"points": )" +
+            std::to_string(masPoints) + "}}]}}") {
     MBdllFunctions& library = context.library;
-    library.MBScanForDetectors();
-    library.MBGetScanCompleteStatus();
-    std::vector<DetectorInfo> found = library.MBGetDetectorInfoOfType(1, 1);
-    found.push_back(library.MBGetDetectorInfoOfType(2, 1).at(0));
-    std::vector<std::int32_t> ids{4711, 4712};
-    std::vector<std::uint8_t> types{1, 2};
-    library.MBConnectToDetectors(ids, types);
-    context.state.setConnectedDetectors(found, {1, 2});
     instrument.EnableMeasurements(true);
     for (int read = 0; read < 20; ++read) {
       if (library.MBGetDetectorStatus(4711).dataAvailable != 0) library.MBGetMeasuredData(4711);
@@ -89,12 +73,6 @@ struct SimulatedDownload {
     const std::size_t slot = kind == 1 ? 0 : 1;
     context.state.setConnectedDetectors({context.state.detectors[slot]}, {kind});
   }
-
-  QuietServices services;
-  PluginContext context;
-  Instrument instrument;
-  std::unique_ptr<DynamicLibrary> control;
-  decltype(&SimClearCallLog) clearLog = nullptr;
 };
 
 void BM_GetWaveformInSecsAllInOne(benchmark::State& run) {
