@@ -1,25 +1,12 @@
 // The instrument: construction, and the members whose behaviour is not built yet (they return their
 // defaults). Settings are in Settings.cpp, exposure polling in Polling.cpp,
-// waveforms in Waveforms.cpp.
+// waveforms in Waveforms.cpp, power and link supervision in Supervision.cpp.
 #include "instrument/Instrument.h"
 
 namespace rx9400 {
 
 Instrument::Instrument(PluginContext& context, InstrumentEvents& events)
     : context_(context), events_(events) {}
-
-bool Instrument::CheckDetectorPowerStatus(std::int32_t, std::int32_t) {
-  return false;
-}
-void Instrument::DetectorWakeUp() {}
-bool Instrument::CheckDetectorStatus() {
-  return false;
-}
-bool Instrument::CheckConnectionStatus() {
-  return false;
-}
-void Instrument::CloseWindow() {}
-void Instrument::CheckSleepStatus() {}
 
 std::string Instrument::GetDetectorType() {
   return {};

@@ -89,7 +89,7 @@ class Instrument {
   bool DetectorExposureFinish();
   void ResetTheFlags();
 
-  // Power, sleep and connection supervision. NOT BUILT YET: each returns its default (False, nothing).
+  // Power, sleep and connection supervision: the Boolean result is the one the last slot left.
   bool CheckDetectorPowerStatus(std::int32_t lSystemSleepTime, std::int32_t lSystemShutDownTime);
   void DetectorWakeUp();
   bool CheckDetectorStatus();
@@ -141,6 +141,19 @@ class Instrument {
   void closeSleepNotice(std::size_t slot);
   void showNotice(const std::string& caption, const std::string& heading, const std::string& message);
   void threeBeeps(int milliseconds);
+
+  // Supervision: the warning a status record calls for, given once per episode (exposure polling and
+  // CheckDetectorStatus share it).
+  enum class Alert { None, ConnectionLost, VeryLowBattery, LowBattery };
+  Alert dueAlert(std::size_t slot, const DetectorStatus& status);
+  void showAlert(Alert alert, std::size_t slot, std::int32_t id, int lowBatteryBeep);
+  void showSleepNotice();
+  bool wakeEveryDetector();
+  // The notice boxes' buttons.
+  void mDisplayMessage_Button1Click();
+  void mDisplayMessage_Button2Click();
+  void mDisplaySleepMessage_Button1Click();
+  void mDisplaySleepMessage_Button2Click();
 
   // Waveforms.
   std::string downloadWaveforms(WaveformRequest request);

@@ -87,53 +87,10 @@ void Instrument::threeBeeps(int milliseconds) {
 }
 
 bool Instrument::pollConnectionAndBattery(std::size_t slot, std::int32_t id, const DetectorStatus& status) {
-  DetectorAlertState& alert = context_.state.alerts[slot];
-  Catalogue& catalogue = context_.catalogue;
-  if (status.connectionState == kConnectionLost) {
-    context_.state.measurementEnabled = false;
-    if (alert.connectionLostShown == kVBFalse) {
-      if (alert.sleeping != kVBFalse && alert.shutDown == kVBFalse) closeSleepNotice(slot);
-      events_.AddWakeUpButton(false);
-      showNotice(catalogue.text(catalogue::kConnectionLost),
-                 catalogue.text(catalogue::kConnectionLostWithTheDetector) +
-                     std::to_string(context_.state.detectors[slot].serialNumber),
-                 catalogue.text(catalogue::kScanAgain));
-      alert.connectionLostShown = kVBTrue;
-    }
-    return false;
-  }
-  if (status.connectionState != kConnected) return false;
-
-  alert.connectionLostShown = kVBFalse;
-  if (status.battery.chargingState != 0) {
-    context_.state.charging = true;
-    alert.lowBatteryShown = kVBFalse;
-    alert.veryLowBatteryShown = kVBFalse;
-    return true;
-  }
-  context_.state.charging = false;
-  context_.state.chargePercent = status.battery.chargePercent;
-  const std::string detector = [&] { return std::to_string(id); }();
-  if (status.battery.batteryState == kBatteryVeryLow) {
-    if (alert.veryLowBatteryShown == kVBFalse) {
-      threeBeeps(400);
-      showNotice(catalogue.text(catalogue::kVeryLowBattery),
-                 catalogue.text(catalogue::kLowBatteryDetector) + detector,
-                 catalogue.text(catalogue::kShuttingDownSoon));
-      alert.veryLowBatteryShown = kVBTrue;
-    }
-  } else if (status.battery.batteryState == kBatteryLow) {
-    if (alert.lowBatteryShown == kVBFalse) {
-      threeBeeps(400);
-      const std::string text = catalogue.text(catalogue::kLowBatteryDetector) + detector;
-      showNotice(catalogue.text(catalogue::kLowBattery), text, text);
-      alert.lowBatteryShown = kVBTrue;
-    }
-  } else {
-    alert.lowBatteryShown = kVBFalse;
-    alert.veryLowBatteryShown = kVBFalse;
-  }
-  return true;
+  const Alert alert = dueAlert(slot, status);
+  if (status.connectionState == kConnectionLost) context_.state.measurementEnabled = false;
+  showAlert(alert, slot, id, 400);
+  return status.connectionState == kConnected;
 }
 
 bool Instrument::pollAio(std::size_t slot, std::int32_t id, const DetectorStatus& status) {

@@ -3,21 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "fakes/Instrument.h"
-#include "fakes/Simulator.h"
-#include "fakes/TestPlatform.h"
-#include "instrument/Instrument.h"
 
 namespace rx9400 {
 namespace {
-
-using testing::RecordingEvents;
-using testing::Simulator;
-using testing::TestPlatform;
 
 /// An all-in-one detector whose one exposure recorded `samples` (a JSON list or shape).
 std::string aio(int id, const std::string& samples, const std::string& faults = "{}") {
@@ -34,65 +26,11 @@ std::string points(int count) {
   return R"({"points": )" + std::to_string(count) + "}";
 }
 
-/// Runs a nested call once, from inside the event pump.
-struct NestingPump final : EventPump {
-  std::function<void()> nested;
-  int pumps = 0;
-  void pumpEvents() override {
-    if (++pumps == 2 && nested) nested();
-  }
-};
-
-class Waveforms : public ::testing::Test {
+class Waveforms : public ::testing::Test, protected testing::InstrumentRig {
  protected:
-  /// Connects the detectors, runs their exposures to the end, and clears the call log.
-  void start(const std::string& detectors, const std::string& mode = "RADIO") {
-    simulator = std::make_unique<Simulator>(R"({"scan": {"pollsUntilComplete": 0}, "detectors": [)" +
-                                            detectors + "]}");
-    PlatformServices services = platform.services();
-    context = std::make_unique<PluginContext>(
-        MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH),
-        PlatformServices{services.language, services.traceSink, services.registry, services.windows,
-                         services.datePicker, services.sound, services.messageBoxes, pump, services.dialogs,
-                         services.clock, services.locale, services.noticeBoxes, services.sharedMemory});
-    instrument = std::make_unique<Instrument>(*context, events);
-    context->state.resetDetectors();
-    if (!detectors.empty()) testing::connectEveryDetector(*context);
-    instrument->pCurrentMode(mode);
-    instrument->EnableMeasurements(true);
-    // The exposures run to their end, read straight from the library.
-    MBdllFunctions& library = context->library;
-    for (int pass = 0; pass < 30; ++pass) {
-      for (std::size_t slot = 0; slot < context->state.slotCount(); ++slot) {
-        const std::int32_t id = context->state.identifierAt(slot);
-        if (context->state.kindAt(slot) == 2) {
-          library.MBGetmAsMeasuredData(id);
-        } else if (id > 0 && library.MBGetDetectorStatus(id).dataAvailable != 0) {
-          library.MBGetMeasuredData(id);
-        }
-      }
-    }
-    simulator->clearCalls();
-    platform.trace.lines.clear();
-  }
-  /// The calls since start() whose names begin with `prefix`.
-  std::vector<std::string> callsOf(const std::string& prefix) const {
-    std::vector<std::string> result;
-    for (const std::string& call : simulator->calls()) {
-      if (call.rfind(prefix, 0) == 0) result.push_back(call);
-    }
-    return result;
-  }
   static std::size_t values(const std::string& text) {
     return text.empty() ? 0 : static_cast<std::size_t>(std::count(text.begin(), text.end(), ',')) + 1;
   }
-
-  TestPlatform platform;
-  NestingPump pump;
-  RecordingEvents events;
-  std::unique_ptr<Simulator> simulator;
-  std::unique_ptr<PluginContext> context;
-  std::unique_ptr<Instrument> instrument;
 };
 
 TEST_F(Waveforms, TheRangeBecomesStartPointsAndStepAndTheResolutionFollowsTheTimeUnit) {

@@ -3,11 +3,16 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "core/InstrumentEvents.h"
 #include "core/PluginContext.h"
+#include "fakes/Simulator.h"
+#include "fakes/TestPlatform.h"
+#include "instrument/Instrument.h"
 
 namespace rx9400::testing {
 
@@ -70,5 +75,63 @@ inline void connectEveryDetector(PluginContext& context) {
   library.MBConnectToDetectors(ids, types);
   context.state.setConnectedDetectors(found, kinds);
 }
+
+/// An event pump that runs a nested call once, from inside its second pumping.
+struct NestingPump final : EventPump {
+  std::function<void()> nested;
+  int pumps = 0;
+  void pumpEvents() override {
+    if (++pumps == 2 && nested) nested();
+  }
+};
+
+/// An instrument over the simulator with every fake service and every detector connected.
+struct InstrumentRig {
+  /// Connects the detectors (JSON objects), runs their exposures to the end when asked, and clears the
+  /// call log and the trace.
+  void start(const std::string& detectors, const std::string& mode = "RADIO", bool runExposures = true) {
+    simulator = std::make_unique<Simulator>(R"({"scan": {"pollsUntilComplete": 0}, "detectors": [)" +
+                                            detectors + "]}");
+    PlatformServices services = platform.services();
+    context = std::make_unique<PluginContext>(
+        MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH),
+        PlatformServices{services.language, services.traceSink, services.registry, services.windows,
+                         services.datePicker, services.sound, services.messageBoxes, pump, services.dialogs,
+                         services.clock, services.locale, services.noticeBoxes, services.sharedMemory});
+    instrument = std::make_unique<Instrument>(*context, events);
+    context->state.resetDetectors();
+    if (!detectors.empty()) connectEveryDetector(*context);
+    instrument->pCurrentMode(mode);
+    instrument->EnableMeasurements(true);
+    MBdllFunctions& library = context->library;
+    for (int pass = 0; pass < 30 && runExposures; ++pass) {
+      for (std::size_t slot = 0; slot < context->state.slotCount(); ++slot) {
+        const std::int32_t id = context->state.identifierAt(slot);
+        if (context->state.kindAt(slot) == 2) {
+          library.MBGetmAsMeasuredData(id);
+        } else if (id > 0 && library.MBGetDetectorStatus(id).dataAvailable != 0) {
+          library.MBGetMeasuredData(id);
+        }
+      }
+    }
+    simulator->clearCalls();
+    platform.trace.lines.clear();
+  }
+  /// The calls since start() whose names begin with `prefix`.
+  std::vector<std::string> callsOf(const std::string& prefix) const {
+    std::vector<std::string> result;
+    for (const std::string& call : simulator->calls()) {
+      if (call.rfind(prefix, 0) == 0) result.push_back(call);
+    }
+    return result;
+  }
+
+  TestPlatform platform;
+  NestingPump pump;
+  RecordingEvents events;
+  std::unique_ptr<Simulator> simulator;
+  std::unique_ptr<PluginContext> context;
+  std::unique_ptr<Instrument> instrument;
+};
 
 }  // namespace rx9400::testing

@@ -1,0 +1,185 @@
+// Power, sleep and link supervision against the simulator with a settable clock: what each member
+// switches, shows and raises, each warning once per episode, and the boxes' buttons.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "fakes/Instrument.h"
+
+namespace rx9400 {
+namespace {
+
+std::string detector(int id, const std::string& faults = "{}") {
+  return R"({"identifier": )" + std::to_string(id) + R"(, "typeCode": 1, "serialNumber": )" +
+         std::to_string(9000 + id) + R"(, "faults": )" + faults + "}";
+}
+
+class Supervision : public ::testing::Test, protected testing::InstrumentRig {
+ protected:
+  void startIdle(const std::string& detectors) {
+    start(detectors, "RADIO", false);
+    platform.clock.now = 1000;
+    instrument->InitTimer();
+  }
+  /// What the test can see of the boxes: each box created, as "caption [closed]".
+  std::vector<std::string> notices() const {
+    std::vector<std::string> result;
+    for (const auto& box : platform.notices.boxes)
+      result.push_back(box->caption + (box->closed ? " closed" : ""));
+    return result;
+  }
+  std::vector<std::string> powerModes() const { return callsOf("MBSetPowerMode"); }
+};
+
+TEST_F(Supervision, AnIdleDetectorSleepsThenShutsDownAndLeavesTheTable) {
+  const struct {
+    std::int32_t sleep, shutDown;
+    std::uint32_t idle;
+    bool result;
+    std::vector<std::string> modes, notices, events;
+    std::string box;  // the modal box's caption
+  } cases[] = {
+      {5000, 9000, 4999, true, {}, {}, {}, ""},
+      {5000, 9000, 5000, true, {"MBSetPowerMode(101, 1)"}, {"Detector Sleep"}, {}, ""},
+      {5000,
+       5000,
+       5000,
+       false,
+       {"MBSetPowerMode(101, 1)", "MBSetPowerMode(101, 3)"},
+       {"Detector Sleep closed"},
+       {"AddWakeUpButton False"},
+       "Detector Shutdown"},
+      {9000,
+       5000,
+       6000,
+       false,
+       {"MBSetPowerMode(101, 3)"},
+       {},
+       {"AddWakeUpButton False"},
+       "Detector Shutdown"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.sleep) + "/" + std::to_string(c.shutDown) + " idle " +
+                 std::to_string(c.idle));
+    platform.notices.boxes.clear();
+    platform.boxes.shown.clear();
+    events.events.clear();
+    startIdle(detector(101));
+    platform.clock.now += c.idle;
+    EXPECT_EQ(instrument->CheckDetectorPowerStatus(c.sleep, c.shutDown), c.result);
+    EXPECT_EQ(powerModes(), c.modes);
+    EXPECT_EQ(notices(), c.notices);
+    EXPECT_EQ(events.events, c.events);
+    EXPECT_EQ(platform.boxes.shown.empty() ? "" : platform.boxes.shown[0].caption, c.box);
+    if (!c.result) {
+      EXPECT_EQ(context->state.identifierAt(0), 0) << "a detector shut down leaves the table";
+      EXPECT_FALSE(instrument->pMeasurementStatus());
+      EXPECT_FALSE(instrument->CheckDetectorPowerStatus(c.sleep, c.shutDown));
+      EXPECT_EQ(platform.boxes.shown.size(), 1U);
+    }
+  }
+}
+
+TEST_F(Supervision, AnIdleTimeOutOfTheLongRangeEndsTheCallWithTheResultReached) {
+  startIdle(detector(101));
+  platform.clock.now = 0x7FFFFF00U;
+  instrument->InitTimer();
+  platform.clock.now = 0x80000100U;  // read as a Long: below zero
+  EXPECT_TRUE(instrument->CheckDetectorPowerStatus(0, 0));
+  EXPECT_TRUE(powerModes().empty());
+}
+
+TEST_F(Supervision, WakeUpAndCancelAnswerTheSleepBox) {
+  startIdle(detector(101) + "," + detector(102));
+  platform.clock.now += 5000;
+  instrument->CheckDetectorPowerStatus(5000, 90000);
+  ASSERT_EQ(notices(), (std::vector<std::string>{"Detector Sleep closed", "Detector Sleep"}))
+      << "the second detector's sleep box replaces the first";
+  platform.notices.boxes[1]->onButton2();  // Cancel
+  instrument->CheckSleepStatus();
+  EXPECT_EQ(events.events, (std::vector<std::string>{"AddWakeUpButton True", "AddWakeUpButton True"}));
+  EXPECT_EQ(notices().back(), "Detector Sleep closed");
+
+  simulator->clearCalls();
+  instrument->CheckDetectorPowerStatus(5000, 90000);  // still asleep: nothing again
+  EXPECT_TRUE(powerModes().empty());
+  instrument->DetectorWakeUp();
+  EXPECT_EQ(powerModes(), (std::vector<std::string>{"MBSetPowerMode(101, 2)", "MBSetPowerMode(102, 2)"}));
+  instrument->CheckSleepStatus();
+  EXPECT_EQ(events.events.size(), 2U) << "awake: no Wake Up button";
+  platform.clock.now += 4999;
+  instrument->CheckDetectorPowerStatus(5000, 90000);
+  EXPECT_EQ(powerModes().size(), 2U) << "the wake-up is the new last activity";
+
+  platform.clock.now += 1;
+  instrument->CheckDetectorPowerStatus(5000, 90000);
+  simulator->clearCalls();
+  const auto wakeUp = platform.notices.boxes.back()->onButton1;
+  wakeUp();
+  EXPECT_EQ(powerModes(), (std::vector<std::string>{"MBSetPowerMode(101, 2)", "MBSetPowerMode(102, 2)"}));
+  wakeUp();  // the box is gone: a late click does nothing
+  EXPECT_EQ(powerModes().size(), 2U);
+}
+
+TEST_F(Supervision, EachWarningComesOncePerEpisodeAndALostLinkEmptiesTheSlot) {
+  const struct {
+    std::string faults;
+    std::vector<std::string> polls;  // per poll: CheckDetectorStatus's result and the box it opened
+  } cases[] = {
+      {R"({"veryLowBattery": true, "charging": {"fromPoll": 2, "polls": 2}})",
+       {"True Very Low Battery", "True", "True", "True Very Low Battery", "True"}},
+      {R"({"lowBattery": {"fromPoll": 1, "polls": 2}})", {"True Low Battery", "True", "True"}},
+      {R"({"linkLossAfterCalls": 2})", {"True", "False Connection Lost", "False", "False"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.faults);
+    platform.notices.boxes.clear();
+    startIdle(detector(101, c.faults));
+    std::vector<std::string> polls;
+    for (std::size_t poll = 0; poll < c.polls.size(); ++poll) {
+      const std::size_t before = platform.notices.boxes.size();
+      const bool empty = context->state.identifierAt(0) == 0;
+      const bool connected = instrument->CheckConnectionStatus();
+      const bool result = instrument->CheckDetectorStatus();
+      polls.push_back(
+          std::string(result ? "True" : "False") +
+          (platform.notices.boxes.size() > before ? " " + platform.notices.boxes.back()->caption : ""));
+      if (empty) {
+        EXPECT_TRUE(connected) << "an empty slot is no lost link";
+      }
+    }
+    EXPECT_EQ(polls, c.polls);
+  }
+  EXPECT_EQ(platform.notices.boxes[0]->heading, "Connection lost with the detector : 9101");
+  EXPECT_FALSE(instrument->pMeasurementStatus());
+}
+
+TEST_F(Supervision, TheLastSlotDecidesAndTheBeepsFollowTheLevel) {
+  startIdle(detector(101, R"({"linkLossAfterCalls": 1})") + "," + detector(102, R"({"lowBattery": true})"));
+  platform.sound.calls.clear();
+  EXPECT_TRUE(instrument->CheckConnectionStatus()) << "the lost first link is not the last slot";
+  EXPECT_TRUE(instrument->CheckDetectorStatus());
+  EXPECT_EQ(
+      platform.sound.calls,
+      (std::vector<std::string>{"beep 2500 200", "sleep 100", "beep 2500 200", "sleep 100", "beep 2500 200",
+                                "beep 2500 200", "sleep 100", "beep 2500 200", "sleep 100", "beep 2500 200"}))
+      << "both slots read the one status copy: the last slot's";
+}
+
+TEST_F(Supervision, AButtonPressedFromTheDownloadsPumpLeavesBothWhole) {
+  start(R"({"identifier": 102, "typeCode": 2, "mas": {"exposures": [{"waveform": {"points": 100}}]}})");
+  const std::string alone = instrument->GetWaveformInSecs(0, 10, 100, 2);
+  platform.clock.now += 100000;
+  instrument->CheckDetectorPowerStatus(5000, 900000);
+  ASSERT_EQ(notices(), (std::vector<std::string>{"Detector Sleep"}));
+  pump.pumps = 0;
+  pump.nested = [&] { platform.notices.boxes[0]->onButton1(); };
+  EXPECT_EQ(instrument->GetWaveformInSecs(0, 10, 100, 2), alone);
+  EXPECT_EQ(notices(), (std::vector<std::string>{"Detector Sleep closed"}));
+  EXPECT_EQ(context->state.alerts[0].sleeping, kVBFalse);
+  EXPECT_EQ(callsOf("MBSetPowerMode").back(), "MBSetPowerMode(102, 2)");
+}
+
+}  // namespace
+}  // namespace rx9400
