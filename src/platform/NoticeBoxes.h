@@ -25,7 +25,8 @@ class NoticeBox {
 class NoticeBoxes {
  public:
   virtual ~NoticeBoxes() = default;
-  /// A new box whose buttons call these handlers.
+  /// A new box whose buttons call these handlers. A handler may close and destroy the box whose
+  /// button it answers, and may call into the instrument, which may be in the middle of a member.
   virtual std::unique_ptr<NoticeBox> create(std::function<void()> onButton1,
                                             std::function<void()> onButton2) = 0;
 };
