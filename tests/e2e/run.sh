@@ -150,6 +150,10 @@ sessions "--artifacts=$(windows_path "$session")"
 host tests/e2e/scenarios/slow-scan.json "--artifacts=$(windows_path "$session")" scan-stop
 # One host process measures an exposure of each detector kind, its values written with a decimal point.
 LC_ALL=C.UTF-8 host "" "--artifacts=$(windows_path "$session")" exposures target-filters
+# The waveform downloads, each under a decimal point and a decimal comma: the check sets the user's
+# decimal separator and puts it back; a host that ended early would leave it set, so it is put back here.
+LC_ALL=C.UTF-8 host "" "--artifacts=$(windows_path "$session")" waveforms waveform-boxes waveform-handles
+run_wine 30 reg add 'HKCU\Control Panel\International' /v sDecimal /d . /f >/dev/null 2>&1
 check "regsvr32 registers the test language component" run_wine 30 regsvr32 /s "$language"
 sessions "--artifacts=$(windows_path "$session/pseudo-language")" --pseudo-language
 check "regsvr32 /u unregisters the test language component" run_wine 30 regsvr32 /s /u "$language"

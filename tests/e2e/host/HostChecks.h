@@ -18,6 +18,7 @@ namespace rx9400::e2e {
 std::vector<Check> comChecks();
 std::vector<Check> sessionChecks();
 std::vector<Check> exposureChecks();
+std::vector<Check> waveformChecks();
 
 inline constexpr wchar_t kQueryProgId[] = L"TamsaRX9400VTI.CRX9400Query";
 inline constexpr wchar_t kInstrumentProgId[] = L"TamsaRX9400VTI.CRX9400VTI";
