@@ -190,4 +190,10 @@ check "regsvr32 /u /n /i:user unregisters the plug-in for the current user" \
 snapshot
 check "per-user unregistration removes every key (HKCU and HKLM)" nothing_registered . "$user_classes" "$classes"
 
+# --- The all-in-one text against the platform's conversion -------------------------------------------
+# 10^6 samples through aioSamplesText and through VarBstrFromR8 value by value: the same bytes is the
+# check; the time per sample both ways and their ratio are a report.
+check "the all-in-one text of 10^6 samples is the platform's, byte for byte (timings reported)" \
+  run_wine 120 "$bin/rx9400-aiotext-bench.exe"
+
 finish e2e
