@@ -126,18 +126,21 @@ host() {
 }
 host "" "--artifacts=$(windows_path "$session")" classes connection-points event-typeinfo dispatch-names unload
 
-# The demo, its dialogs picked by rx9400-automate from another process, prints every kind's values.
+# The demo, its dialogs picked by rx9400-automate from another process, prints every kind's values, then
+# connects the all-in-one detector alone and prints the beginning of both its waveforms.
 demo() {
   local output
   output=$(run_wine 120 "$bin/rx9400-automate.exe" --timeout=60 "--artifacts=$(windows_path "$artifacts")" \
     "--run=$(windows_path "$bin/rx9400-demo.exe")" window "Establish Connection" tick 0 tick 1 \
-    screenshot demo-connect.bmp click Connect gone messagebox print click OK 2>&1 | tr -d '\r')
+    screenshot demo-connect.bmp click Connect gone messagebox print click OK \
+    window "Establish Connection" tick 1 click Connect gone messagebox click OK 2>&1 | tr -d '\r')
   printf '%s\n' "$output"
-  for wanted in 'Target/Filter: Rh/Rh Invalid' 'kVp average *80.3' 'Dose per mAs *0.0617' 'Bias voltage *300.0' 'ended with exit code 0'; do
-    grep -q "$wanted" <<<"$output" || return 1
+  for wanted in 'Target/Filter: Rh/Rh Invalid' 'kVp average *80.3' 'Dose per mAs *0.0617' 'Bias voltage *300.0' \
+    'kV .*: 3000 values over 100 ms: 0.5 1 1.5 ' 'mA .*: 400 values over 100 ms: 9.52363014221191 ' 'ended with exit code 0'; do
+    grep -q "$wanted" <<<"$output" || { echo "missing: $wanted"; return 1; }
   done
 }
-check "the demo measures an exposure of every kind of detector, its dialogs driven from another process" demo
+check "the demo measures an exposure of every kind of detector and downloads its waveforms, its dialogs driven from another process" demo
 
 # The session dialogs, each in a host process of its own under its scenario (empty: the built-in
 # default), then again under the test language component, whose texts read "[[text]]".
