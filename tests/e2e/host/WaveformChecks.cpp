@@ -213,7 +213,8 @@ void note(std::string& why, const std::string& what, const CheckFailure& failure
 
 constexpr std::int32_t kWholeRecording = -1;
 
-/// A measured exposure whose recordings each member downloads whole, from 0 to the exposure's end time.
+/// An exposure, measured afresh under each decimal separator, whose recordings each member downloads
+/// whole, from 0 to the exposure's end time (the mAs meter last).
 struct Recording {
   const wchar_t* scenario;
   std::int32_t id;
@@ -249,22 +250,22 @@ void download(const Options& options, const Detector& detector, Member member, s
 void checkDownloads(const Options& options) {
   std::string why;
   for (const Recording& row : kRecordings) {
-    const std::string name = narrow(row.scenario);
-    try {
-      Detector detector = prepare(options, "waveforms", row.scenario, row.id, Setup::Measured);
-      for (const Member member : {Member::MilliSec, Member::Secs, Member::SecsMas}) {
-        for (const wchar_t* separator : {L".", L","}) {
+    for (const wchar_t* separator : {L".", L","}) {
+      const std::string what = narrow(row.scenario) + " (decimal \"" + narrow(separator) + "\")";
+      try {
+        const UserDecimalSeparator decimal(separator);
+        Detector detector = prepare(options, "waveforms", row.scenario, row.id, Setup::Measured);
+        for (const Member member : {Member::MilliSec, Member::Secs, Member::SecsMas}) {
           try {
-            const UserDecimalSeparator decimal(separator);
             download(options, detector, member, row.masValues);
           } catch (const CheckFailure& failure) {
-            note(why, name + " " + memberName(member) + " (decimal \"" + narrow(separator) + "\")", failure);
+            note(why, what + " " + memberName(member), failure);
           }
         }
+        close(detector);
+      } catch (const CheckFailure& failure) {
+        note(why, what, failure);
       }
-      close(detector);
-    } catch (const CheckFailure& failure) {
-      note(why, name, failure);
     }
   }
   expect(why.empty(), why);
