@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "../sim/SimControl.h"
+#include "BenchSupport.h"
 #include "core/PluginContext.h"
 #include "instrument/Instrument.h"
 #include "session/DialogFactory.h"
@@ -40,75 +40,6 @@ void operator delete(void* memory, std::size_t) noexcept {
 
 namespace rx9400 {
 namespace {
-
-// Services a polling pass may touch; none of them does anything.
-struct QuietServices final : TraceSink,
-                             Registry,
-                             WindowSystem,
-                             DatePickerControl,
-                             Sound,
-                             MessageBoxes,
-                             EventPump,
-                             DialogFactory,
-                             Clock,
-                             Locale,
-                             NoticeBoxes,
-                             InstrumentEvents {
-  DefaultLanguage language;
-  bool findViewer() override { return false; }
-  void send(std::string_view) override {}
-  std::optional<Key> openLocalMachineKey(std::string_view) override { return std::nullopt; }
-  std::optional<ValueInfo> queryValueInfo(Key, std::string_view) override { return std::nullopt; }
-  std::optional<std::int32_t> queryDword(Key, std::string_view) override { return std::nullopt; }
-  std::optional<WindowRect> windowRect(WindowHandle) override { return std::nullopt; }
-  void setCursorPosition(int, int) override {}
-  void makeTopmost(WindowHandle, int, int, int, int) override {}
-  CalendarDate date() override { return {}; }
-  void setDate(const CalendarDate&) override {}
-  std::string text() override { return {}; }
-  CalendarDate today() override { return {2026, 11, 22}; }
-  void beep(int, int) override {}
-  void sleep(int) override {}
-  int show(const std::string&, const std::string&, int) override { return kAnswerOk; }
-  void pumpEvents() override {}
-  std::shared_ptr<ScanDialogView> newScanView() override { return nullptr; }
-  std::shared_ptr<ConnectDialogView> newConnectView() override { return nullptr; }
-  std::shared_ptr<ZeroErrorDialogView> newZeroErrorView() override { return nullptr; }
-  std::uint32_t milliseconds() override { return 1000; }
-  std::string decimalSeparator() override { return "."; }
-  std::string toAnsi(const std::string& text) override { return text; }
-  std::string fromAnsi(const std::string& bytes) override { return bytes; }
-  std::unique_ptr<NoticeBox> create(std::function<void()>, std::function<void()>) override { return nullptr; }
-  void IncrementWaveCount() override {}
-  void ZeroingmAs(bool) override {}
-  void AddWakeUpButton(bool) override {}
-  void EnableStopButton(bool) override {}
-  void DataReady(std::string&, std::string&, std::string&, std::string&, std::string&, std::string&,
-                 std::string&, std::string&, std::string&, std::string&) override {}
-  void CheckExposureWaveform(std::uint8_t) override {}
-  void DisplayErrorMsg(const std::string&, const std::string&, bool) override {}
-  void DisplaySensorResetMsg(bool) override {}
-  void TestSWDataReady(const std::string&, const std::string&, const std::string&, const std::string&,
-                       const std::string&, const std::string&, const std::string&) override {}
-  void TestmAsDataReady(const std::string&, const std::string&, const std::string&,
-                        const std::string&) override {}
-
-  PlatformServices services() {
-    return PlatformServices{language,
-                            *this,
-                            *this,
-                            *this,
-                            *this,
-                            *this,
-                            *this,
-                            *this,
-                            *this,
-                            *this,
-                            *this,
-                            *this,
-                            systemSharedMemory()};
-  }
-};
 
 // The stub library: every detector connected, battery normal, nothing measured.
 std::int32_t MB_STDCALL stubStatus(DetectorStatus* status, std::int32_t) {
@@ -162,35 +93,18 @@ BENCHMARK(BM_IdlePassStubLibrary)->Arg(1)->Arg(3)->Arg(8);
 
 /// The simulator with `slots` connected, armed all-in-one detectors with mAs meter; `exposure` is the
 /// JSON of their exposures (empty: none, the pass stays idle).
-struct SimulatedPass {
-  SimulatedPass(int slots, const std::string& exposures)
-      : context(MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH), services.services()),
-        instrument(context, services) {
-    std::string error;
-    control = openDynamicLibraryAt(RX9400_SIMULATOR_PATH, error);
-    std::string detectors;
-    for (int i = 0; i < slots; ++i) {
-      detectors += (i > 0 ? "," : "") + std::string(R"({"identifier": )") + std::to_string(5001 + i) +
-                   R"(, "typeCode": 1)" + (exposures.empty() ? "" : ", " + exposures) + "}";
-    }
-    const std::string scenario = R"({"scan": {"pollsUntilComplete": 0}, "detectors": [)" + detectors + "]}";
-    reinterpret_cast<decltype(&SimLoadScenarioText)>(control->findSymbol("SimLoadScenarioText"))(
-        scenario.c_str());
-    clearLog = reinterpret_cast<decltype(&SimClearCallLog)>(control->findSymbol("SimClearCallLog"));
-    MBdllFunctions& library = context.library;
-    library.MBScanForDetectors();
-    library.MBGetScanCompleteStatus();
-    std::vector<std::int32_t> ids;
-    std::vector<std::uint8_t> types;
-    std::vector<DetectorInfo> found = library.MBGetDetectorInfoOfType(1, library.MBGetNumberOfDetectors(1));
-    for (const auto& info : found) {
-      ids.push_back(info.identifier);
-      types.push_back(1);
-    }
-    library.MBConnectToDetectors(ids, types);
-    context.state.setConnectedDetectors(found, std::vector<std::int32_t>(found.size(), 1));
+struct SimulatedPass : SimulatedInstrument {
+  SimulatedPass(int slots, const std::string& exposures) : SimulatedInstrument(detectors(slots, exposures)) {
     instrument.pDoseUnits(1);
     instrument.EnableMeasurements(true);
+  }
+  static std::string detectors(int slots, const std::string& exposures) {
+    std::string list;
+    for (int i = 0; i < slots; ++i) {
+      list += (i > 0 ? "," : "") + std::string(R"({"identifier": )") + std::to_string(5001 + i) +
+              R"(, "typeCode": 1)" + (exposures.empty() ? "" : ", " + exposures) + "}";
+    }
+    return list;
   }
   /// The simulator's call log grows by a line a call: emptied outside the timed part.
   void trimLog(benchmark::State& run, std::int64_t iteration) {
@@ -199,12 +113,6 @@ struct SimulatedPass {
     clearLog();
     run.ResumeTiming();
   }
-
-  QuietServices services;
-  PluginContext context;
-  Instrument instrument;
-  std::unique_ptr<DynamicLibrary> control;
-  decltype(&SimClearCallLog) clearLog = nullptr;
 };
 
 void BM_IdlePassSimulator(benchmark::State& run) {

@@ -1,7 +1,6 @@
 #include "CallLog.h"
 
 #include <cstdlib>
-#include <iterator>
 #include <utility>
 
 #include "ChamberFile.h"
@@ -10,8 +9,9 @@ namespace rx9400::sim {
 
 namespace {
 
-/// The in-memory log keeps at most this many lines; a long session drops its oldest half.
-constexpr std::size_t kMaxLines = 200000;
+/// The in-memory log keeps at most this many lines (a download of 10^7 mAs points with its status polls
+/// writes about 385000); a longer session drops its oldest half.
+constexpr std::size_t kMaxLines = 1000000;
 
 template <typename T>
 std::string listText(const T* values, std::size_t count) {
@@ -35,26 +35,23 @@ CallLog::~CallLog() {
   if (file_ != nullptr) std::fclose(file_);
 }
 
-void CallLog::append(std::string line) {
+void CallLog::append(const std::string& line) {
   if (file_ != nullptr) {
     std::fputs(line.c_str(), file_);
     std::fputc('\n', file_);
     std::fflush(file_);
   }
-  if (lines_.size() >= kMaxLines) {
-    lines_.erase(lines_.begin(), std::next(lines_.begin(), kMaxLines / 2));
-    lines_.push_back("! older lines dropped");
+  if (lines_ >= kMaxLines) {
+    std::size_t cut = 0;
+    for (std::size_t n = 0; n < kMaxLines / 2; ++n) cut = text_.find('\n', cut) + 1;
+    text_.erase(0, cut);
+    lines_ -= kMaxLines / 2;
+    text_ += "! older lines dropped\n";
+    ++lines_;
   }
-  lines_.push_back(std::move(line));
-}
-
-std::string CallLog::text() const {
-  std::string text;
-  for (const std::string& line : lines_) {
-    text += line;
-    text += '\n';
-  }
-  return text;
+  text_ += line;
+  text_ += '\n';
+  ++lines_;
 }
 
 std::string formatArg(const IntList& list) {

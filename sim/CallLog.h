@@ -25,15 +25,19 @@ class CallLog {
   CallLog& operator=(const CallLog&) = delete;
   ~CallLog();
 
-  void append(std::string line);
+  void append(const std::string& line);
   void note(const std::string& text) { append("! " + text); }
   /// Every line, each followed by "\n".
-  std::string text() const;
-  void clear() { lines_.clear(); }
-  std::size_t lineCount() const { return lines_.size(); }
+  const std::string& text() const { return text_; }
+  void clear() {
+    text_.clear();
+    lines_ = 0;
+  }
+  std::size_t lineCount() const { return lines_; }
 
  private:
-  std::vector<std::string> lines_;
+  std::string text_;  // one piece: a long waveform download writes hundreds of thousands of lines
+  std::size_t lines_ = 0;
   std::FILE* file_ = nullptr;
 };
 

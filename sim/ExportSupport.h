@@ -35,6 +35,7 @@ struct Library {
   std::unique_ptr<Simulator> simulator;
   std::string lastError;
   bool explicitScenario = false;  // loaded through SimLoadScenario*: MBRegisterApplication keeps it
+  std::string environmentText;    // the TAMSA_SIM_SCENARIO text the simulator runs, if it runs one
   // The update thread (UpdateThread.h), Windows build only.
   void* updateThread = nullptr;  // its handle while it runs
   std::uint32_t updateRun = 0;   // the run that may go on; a thread started for another run ends

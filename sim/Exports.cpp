@@ -31,31 +31,36 @@ bool readFile(const char* path, std::string& text, std::string& error) {
 
 namespace {
 
-/// The scenario file named by TAMSA_SIM_SCENARIO, or nullptr when the variable is not set. On failure
-/// the error is kept and noted in the log, and nullptr is returned.
-std::unique_ptr<Simulator> environmentSimulator(Library& lib) {
+/// Runs the scenario file named by TAMSA_SIM_SCENARIO; false when the variable is not set or the file
+/// cannot be used (the error is then kept and noted in the log). A file whose text is that of the
+/// running simulator's scenario is not read again: its waveforms may be tens of megabytes.
+bool useEnvironmentScenario(Library& lib) {
   const char* path = std::getenv("TAMSA_SIM_SCENARIO");
-  if (path == nullptr || *path == '\0') return nullptr;
+  if (path == nullptr || *path == '\0') return false;
   std::string text;
   std::string error;
   if (readFile(path, text, error)) {
+    if (lib.simulator != nullptr && text == lib.environmentText) return true;
     try {
-      return std::make_unique<Simulator>(parseScenario(text), *lib.log);
+      lib.simulator = std::make_unique<Simulator>(parseScenario(text), *lib.log);
+      lib.environmentText = std::move(text);
+      return true;
     } catch (const ScenarioError& e) {
       error = e.what();
     }
   }
   lib.lastError = std::string("TAMSA_SIM_SCENARIO ") + path + ": " + error;
   lib.log->note(lib.lastError);
-  return nullptr;
+  return false;
 }
 
 }  // namespace
 
 void startUp(Library& lib) {
   lib.explicitScenario = false;
-  lib.simulator = environmentSimulator(lib);
-  if (lib.simulator == nullptr) {
+  lib.simulator.reset();
+  lib.environmentText.clear();
+  if (!useEnvironmentScenario(lib)) {
     lib.simulator = std::make_unique<Simulator>(parseScenario(defaultScenarioText()), *lib.log);
   }
 }
@@ -87,13 +92,12 @@ std::int32_t loadScenario(Library& lib, std::string_view text) {
   lib.log->clear();
   lib.lastError.clear();
   lib.explicitScenario = true;
+  lib.environmentText.clear();
   return kSimOk;
 }
 
 std::int32_t registerApplication(Library& lib) {
-  if (!lib.explicitScenario) {
-    if (auto reread = environmentSimulator(lib)) lib.simulator = std::move(reread);
-  }
+  if (!lib.explicitScenario) useEnvironmentScenario(lib);  // on failure the running scenario stays
   lib.simulator->restart();
   lib.simulator->setRegistered(true);
   startUpdateThread(lib);

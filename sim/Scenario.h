@@ -153,6 +153,8 @@ struct DetectorFaults {
   FaultWindow sensorReset;
   bool waveformNeverAvailable = false;
   bool sectionMissing = false;
+  std::int32_t sectionShortBy = 0;          ///< points; the section is also cut to whole 4096-byte pages
+  std::int32_t masLinkLossAfterBlocks = 0;  ///< 0 never; else mAs waveform reads per download before the loss
   bool chamberFileMissing = false;
   bool addChamberRefused = false;
   bool addCalFactorRefused = false;

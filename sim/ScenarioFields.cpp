@@ -14,6 +14,9 @@ bool isLeapYear(int year) {
 }
 
 std::vector<std::int32_t> sampleList(const Json& json, const std::string& path) {
+  if (json.size() > static_cast<std::size_t>(kMaxWaveformPoints)) {
+    fail(path, "more than " + std::to_string(kMaxWaveformPoints) + " samples");
+  }
   std::vector<std::int32_t> samples;
   samples.reserve(json.size());
   for (std::size_t i = 0; i < json.size(); ++i) {
@@ -141,9 +144,9 @@ std::vector<std::int32_t> waveform(Fields& fields, TraceShape shape, const char*
   if (value != nullptr && value->is_array()) return sampleList(*value, fields.pathOf("waveform"));
   if (value != nullptr) {
     Fields inner(*value, fields.pathOf("waveform"));
-    shape.points = inner.count("points", shape.points);
-    shape.rampPoints = inner.count("rampPoints", shape.points / 20);
-    shape.fallPoints = inner.count("fallPoints", shape.points / 15);
+    shape.points = inner.int32("points", shape.points, 0, kMaxWaveformPoints);
+    shape.rampPoints = inner.int32("rampPoints", shape.points / 20, 0, kMaxWaveformPoints);
+    shape.fallPoints = inner.int32("fallPoints", shape.points / 15, 0, kMaxWaveformPoints);
     if (const Json* level = inner.find(levelKey)) {
       shape.plateau = roundedLevel(numberOf(*level, inner.pathOf(levelKey)) * levelScale);
     }

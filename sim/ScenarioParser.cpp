@@ -228,6 +228,8 @@ void faults(Fields& detector, DetectorFaults& f) {
   f.sensorReset = window(fields, "sensorReset");
   f.waveformNeverAvailable = fields.flag("waveformNeverAvailable", false);
   f.sectionMissing = fields.flag("sectionMissing", false);
+  f.sectionShortBy = fields.int32("sectionShortBy", 0, 0, kMaxWaveformPoints);
+  f.masLinkLossAfterBlocks = fields.count("masLinkLossAfterBlocks", 0);
   f.chamberFileMissing = fields.flag("chamberFileMissing", false);
   f.addChamberRefused = fields.flag("addChamberRefused", false);
   f.addCalFactorRefused = fields.flag("addCalFactorRefused", false);

@@ -28,10 +28,16 @@ std::string SharedSection::nameFor(std::int32_t identifier) {
   return std::string("MB_") + (value < 0 ? "-" : "") + digits;
 }
 
-#ifdef _WIN32
-
 std::unique_ptr<SharedSection> SharedSection::create(const std::string& name, const void* data,
                                                      std::size_t size, std::string& error) {
+  return create(
+      name, size, [&](std::uint8_t* view) { std::memcpy(view, data, size); }, error);
+}
+
+#ifdef _WIN32
+
+std::unique_ptr<SharedSection> SharedSection::create(const std::string& name, std::size_t size,
+                                                     const Fill& fill, std::string& error) {
   const std::uint64_t length = size == 0 ? 1 : size;
   HANDLE handle =
       CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, static_cast<DWORD>(length >> 32),
@@ -47,7 +53,7 @@ std::unique_ptr<SharedSection> SharedSection::create(const std::string& name, co
     CloseHandle(handle);
     return nullptr;
   }
-  if (size > 0) std::memcpy(view, data, size);
+  if (size > 0) fill(static_cast<std::uint8_t*>(view));
   UnmapViewOfFile(view);
   std::unique_ptr<SharedSection> section(new SharedSection(name));
   section->handle_ = handle;
@@ -68,8 +74,8 @@ std::string systemError(const char* what) {
 
 }  // namespace
 
-std::unique_ptr<SharedSection> SharedSection::create(const std::string& name, const void* data,
-                                                     std::size_t size, std::string& error) {
+std::unique_ptr<SharedSection> SharedSection::create(const std::string& name, std::size_t size,
+                                                     const Fill& fill, std::string& error) {
   const std::string path = "/" + name;
   shm_unlink(path.c_str());  // a stale object of an earlier run
   const int fd = shm_open(path.c_str(), O_CREAT | O_RDWR | O_TRUNC, 0600);
@@ -90,7 +96,7 @@ std::unique_ptr<SharedSection> SharedSection::create(const std::string& name, co
       close(fd);
       return nullptr;
     }
-    std::memcpy(view, data, size);
+    fill(static_cast<std::uint8_t*>(view));
     munmap(view, size);
   }
   close(fd);

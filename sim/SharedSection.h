@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -18,8 +19,15 @@ class SharedSection {
   /// "MB_" followed by the identifier, zero-padded to eight digits (never cut): MB_00004711.
   static std::string nameFor(std::int32_t identifier);
 
-  /// Creates the section `name` holding `size` bytes from `data`. Returns nullptr and the system's
-  /// reason in `error` when the system refuses.
+  /// Writes the `size` bytes of a new section through a view of it (called only when size > 0).
+  using Fill = std::function<void(std::uint8_t* view)>;
+
+  /// Creates the section `name` of exactly `size` bytes and fills it in place, so that a large waveform
+  /// is written once, with no copy in between. Returns nullptr and the system's reason in `error` when
+  /// the system refuses.
+  static std::unique_ptr<SharedSection> create(const std::string& name, std::size_t size, const Fill& fill,
+                                               std::string& error);
+  /// The same, holding `size` bytes copied from `data`.
   static std::unique_ptr<SharedSection> create(const std::string& name, const void* data, std::size_t size,
                                                std::string& error);
 

@@ -76,6 +76,8 @@ struct Detector {
   std::int16_t waveformAvailable = 0;
   bool downloadActive = false;
   std::int32_t downloadStarts = 0;
+  std::int32_t masBlocks = 0;  ///< mAs waveform reads since the last download start (or the connection)
+  bool masLinkDown = false;    ///< the masLinkLossAfterBlocks fault has struck: status shows the link lost
 
   std::vector<std::string> validTargetFilters;
   bool uploaded = false;
@@ -235,9 +237,14 @@ class Simulator {
   void deliverMain(Detector& detector, const Exposure& exposure);
   void finishMainExposure(Detector& detector);
   void startMasWait(Detector& detector);
-  /// Replaces the detector's section with one holding `bytes`; false (and a log note) when the system
-  /// refuses.
+  /// Replaces the detector's section with one of `size` bytes written by `fill`; false (and a log note)
+  /// when the system refuses.
+  bool publish(std::int32_t id, std::size_t size, const SharedSection::Fill& fill);
   bool publish(std::int32_t id, const std::vector<std::uint8_t>& bytes);
+  /// Publishes points of a recording as MBSetWaveformParameters asks, `shortBy` points fewer (see the
+  /// sectionShortBy fault); false when nothing could be published.
+  bool publishSamples(std::int32_t id, const std::vector<std::int32_t>& recording,
+                      const WaveformParameters& parameters, std::int32_t shortBy);
   void dropSection(std::int32_t id);
 
   Scenario scenario_;

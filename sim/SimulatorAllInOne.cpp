@@ -164,10 +164,13 @@ std::int32_t Simulator::getDetectorStatus(DetectorStatus* status, std::int32_t i
   if (status == nullptr) return 0;
   *status = {};
   if (d == nullptr) return 0;
-  status->connectionState = d->connection;
-  if (d->connection == 0) return 1;
+  // The masLinkLossAfterBlocks fault shows the link lost while the detector stays connected.
+  const std::int32_t connection =
+      d->connection == kConnected && d->masLinkDown ? kConnectionLost : d->connection;
+  status->connectionState = connection;
+  if (connection == 0) return 1;
   const bool hasMain = d->plan->hasAio() || d->plan->hasDosimeter();
-  if (d->connection == kConnected) {
+  if (connection == kConnected) {
     ++d->statusPolls;
     if (hasMain && !zeroErrorActive(*d)) advanceMain(*d);
     status->measurementState = getMeasurementStatus(id);

@@ -94,6 +94,8 @@ void Simulator::connect(Detector& d) {
   d.mas.count = 0;
   d.zeroingLeft = 0;
   d.downloadActive = false;
+  d.masBlocks = 0;
+  d.masLinkDown = false;
 }
 
 void Simulator::disconnect(Detector& d) {

@@ -26,18 +26,22 @@ std::vector<std::int32_t> makeTrace(const TraceShape& shape) {
   const std::int32_t plateauEnd = points - fall;
   const std::int64_t level = shape.plateau;
 
-  std::vector<std::int32_t> samples;
-  samples.reserve(static_cast<std::size_t>(points));
-  for (std::int32_t i = 0; i < points; ++i) {
-    if (i < ramp) {
-      samples.push_back(static_cast<std::int32_t>(level * (i + 1) / (ramp + 1)));
-    } else if (i < plateauEnd) {
-      samples.push_back(
-          static_cast<std::int32_t>(level + triangle(i - ramp, shape.ripple, shape.ripplePeriod)));
-    } else {
-      const std::int64_t left = points - i;  // fall .. 1
-      samples.push_back(static_cast<std::int32_t>(level * (left - 1) / fall));
-    }
+  std::vector<std::int32_t> samples(static_cast<std::size_t>(points));
+  for (std::int32_t i = 0; i < ramp; ++i)
+    samples[i] = static_cast<std::int32_t>(level * (i + 1) / (ramp + 1));
+  // One ripple cycle, repeated over the plateau.
+  const std::int32_t period = std::max(shape.ripplePeriod, 1);
+  std::vector<std::int32_t> cycle(static_cast<std::size_t>(std::min(period, plateauEnd - ramp)));
+  for (std::size_t k = 0; k < cycle.size(); ++k) {
+    cycle[k] =
+        static_cast<std::int32_t>(level + triangle(static_cast<std::int32_t>(k), shape.ripple, period));
+  }
+  for (std::int32_t i = ramp; i < plateauEnd; i += period) {
+    std::copy_n(cycle.begin(), std::min(period, plateauEnd - i), samples.begin() + i);
+  }
+  for (std::int32_t i = plateauEnd; i < points; ++i) {
+    const std::int64_t left = points - i;  // fall .. 1
+    samples[i] = static_cast<std::int32_t>(level * (left - 1) / fall);
   }
   return samples;
 }

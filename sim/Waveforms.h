@@ -8,6 +8,9 @@
 
 namespace rx9400::sim {
 
+/// The longest waveform a scenario may give (40 MB of samples).
+inline constexpr std::int32_t kMaxWaveformPoints = 10000000;
+
 /// A trace that rises linearly, holds a plateau with a triangular ripple, and falls back to zero.
 struct TraceShape {
   std::int32_t points = 0;
@@ -18,6 +21,7 @@ struct TraceShape {
   std::int32_t ripplePeriod = 1;  ///< points per ripple cycle
 };
 
+/// The trace's samples; linear in the points, no division per plateau sample.
 std::vector<std::int32_t> makeTrace(const TraceShape& shape);
 
 /// The raw mAs-meter sample for a current in mA: raw * 5000 / 2^24 gives the current back.

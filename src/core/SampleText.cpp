@@ -14,9 +14,6 @@ constexpr char kDigitPairs[] =
     "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
     "8081828384858687888990919293949596979899";
 
-/// The longest sample text and its comma: "-214748364.8,".
-constexpr std::size_t kMostBytesPerSample = 13;
-
 int decimalLength(std::uint32_t value) {
   int length = 1;
   while (value >= 10) {
@@ -84,7 +81,17 @@ std::string aioSamplesText(const std::int32_t* samples, std::size_t count,
   }
   std::string text;
   if (count == 0) return text;
-  text.resize(count * kMostBytesPerSample);
+  // The widest value decides the buffer: a sign, its whole digits, "." and a tenth, and a comma.
+  std::uint32_t widest = 0;
+  bool negative = false;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::int32_t sample = samples[i];
+    const std::uint32_t magnitude =
+        sample < 0 ? 0u - static_cast<std::uint32_t>(sample) : static_cast<std::uint32_t>(sample);
+    widest = magnitude > widest ? magnitude : widest;
+    negative = negative || sample < 0;
+  }
+  text.resize(count * static_cast<std::size_t>((negative ? 1 : 0) + decimalLength(widest / 10) + 3));
   char* const begin = text.data();
   char* out = writeTenths(begin, samples[0]);
   for (std::size_t i = 1; i < count; ++i) {

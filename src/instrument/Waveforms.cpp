@@ -28,21 +28,14 @@ namespace {
 constexpr std::int32_t kMasBlock = 26;
 constexpr std::int32_t kMasStepAbove = 30000;
 
-/// The nearest integer, halves to the even neighbour, as a Long; out of range is a run-time failure.
-std::int32_t nearestLong(double value) {
+/// The nearest integer, halves to the even neighbour, as a Long or an Integer; out of range is a
+/// run-time failure of the member.
+template <typename Whole>
+Whole nearest(double value) {
   const double rounded = std::nearbyint(value);
-  if (!(rounded >= std::numeric_limits<std::int32_t>::min() &&
-        rounded <= std::numeric_limits<std::int32_t>::max()))
-    throw std::overflow_error("waveform range out of the Long range");
-  return static_cast<std::int32_t>(rounded);
-}
-
-std::int16_t nearestInteger(double value) {
-  const double rounded = std::nearbyint(value);
-  if (!(rounded >= std::numeric_limits<std::int16_t>::min() &&
-        rounded <= std::numeric_limits<std::int16_t>::max()))
-    throw std::overflow_error("waveform step out of the Integer range");
-  return static_cast<std::int16_t>(rounded);
+  if (!(rounded >= std::numeric_limits<Whole>::min() && rounded <= std::numeric_limits<Whole>::max()))
+    throw std::overflow_error("waveform range out of range");
+  return static_cast<Whole>(rounded);
 }
 
 /// The library's update thread paused for as long as this lives, resumed exactly once: by `resume()`
@@ -189,13 +182,13 @@ void Instrument::downloadAioWaveform(const WaveformRequest& request, std::int32_
   }
   const double endTime = upper;
   const double sampleTime = endTime / total;
-  const std::int32_t span = nearestLong((upper - lower) / sampleTime);
-  const std::int32_t start = nearestLong(lower / sampleTime);
+  const std::int32_t span = nearest<std::int32_t>((upper - lower) / sampleTime);
+  const std::int32_t start = nearest<std::int32_t>(lower / sampleTime);
   std::int16_t step = 1;
   std::int32_t count = span;
   if (span > request.ldataPoints) {
-    step = nearestInteger(static_cast<double>(span) / request.ldataPoints + 0.49);
-    count = nearestLong(static_cast<double>(span) / step);
+    step = nearest<std::int16_t>(static_cast<double>(span) / request.ldataPoints + 0.49);
+    count = nearest<std::int32_t>(static_cast<double>(span) / step);
   }
   if (count > total) count = total;
   if (count < 1) return;  // the pause ends with this scope

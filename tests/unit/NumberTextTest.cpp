@@ -2,9 +2,13 @@
 // values are held against oleaut32 under Wine by the end-to-end checks).
 #include <gtest/gtest.h>
 
+#include <charconv>
+#include <random>
 #include <string>
+#include <vector>
 
 #include "core/NumberText.h"
+#include "core/SampleText.h"
 
 namespace rx9400 {
 namespace {
@@ -130,6 +134,43 @@ TEST(NumberText, FixedLengthFieldsAreCutAndZeroFilled) {
   EXPECT_EQ(withoutLastCharacters("Température /\u00a0", 2), "Température ");
   EXPECT_EQ(withoutLastCharacters("温度／", 2), "温");
   EXPECT_EQ(withoutLastCharacters("/", 2), "");
+}
+
+TEST(SampleText, TheAllInOneFastPathWritesEverySampleAsTheGeneralConversionDoes) {
+  // Every sample of [-10^7, 10^7] against the library's own 15-digit conversion, in slices of 10^5.
+  std::vector<std::int32_t> samples(100000);
+  for (std::int32_t first = -10000000; first <= 10000000; first += 100000) {
+    std::string expected;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+      samples[i] = first + static_cast<std::int32_t>(i);
+      char buffer[32];
+      if (i > 0) expected += ',';
+      expected.append(
+          buffer, std::to_chars(buffer, buffer + 32, samples[i] * 0.1, std::chars_format::general, 15).ptr);
+    }
+    ASSERT_EQ(aioSamplesText(samples.data(), samples.size(), "."), expected) << "from " << first;
+  }
+  // Random 32-bit samples and the ends of the range against the general path, in both separators.
+  std::mt19937 random(4711);
+  samples.assign({INT32_MIN, INT32_MAX, 0, -1, 1, -10, 10});
+  for (int i = 0; i < 20000; ++i) samples.push_back(static_cast<std::int32_t>(random()));
+  for (const char* separator : {".", ","}) {
+    EXPECT_EQ(aioSamplesText(samples.data(), samples.size(), separator),
+              aioSamplesTextGeneral(samples.data(), samples.size(), separator));
+  }
+  EXPECT_EQ(aioSamplesText(samples.data(), 0, "."), "");
+  EXPECT_EQ(aioSamplesText(samples.data(), 1, ","), "-214748364.8");
+}
+
+TEST(SampleText, AnMasValueIsTheCurrentOfASingleWrittenAsADoubleAfterAComma) {
+  const std::int32_t samples[] = {671089, -3};
+  std::string text = "x";
+  appendMasSamplesText(text, samples, 2, 1, ",");
+  // A Double all the way would give 200.000107288361, a Single 200.0001.
+  EXPECT_EQ(text, "x,200.000106811523,-0.000894069671630859");
+  text.clear();
+  appendMasSamplesText(text, samples, 1, 2, ".");
+  EXPECT_EQ(text, ",400.000213623047");
 }
 
 }  // namespace

@@ -21,6 +21,10 @@ TEST_F(SimCallLog, RecordsEveryCallInOrderWithItsArguments) {
   char name[15] = "IC-C";
   MBAddNewIonChamber(4712, name);
   std::int32_t block[26];
+  MBPauseUpdateThread();
+  MBGetmAsNumberOfDataPoints(4711, block);
+  MBResumeUpdateThread();
+  MBStartWFDownload(4711, 1);
   MBGetmAsWaveFormDataPoints(4711, 0, 2, 26, block);
   MBGetDetectorStatus(nullptr, -5);
   SimLibraryState state{};
@@ -32,9 +36,10 @@ TEST_F(SimCallLog, RecordsEveryCallInOrderWithItsArguments) {
                 "MBGetScanCompleteStatus()", "MBGetScanCompleteStatus()", "MBGetScanCompleteStatus()",
                 "MBConnectToDetectors([4711,4712], [4,3], 2)", "MBGetBatteryStatus(*, 4711, -1)",
                 "MBSetWaveformParameters(4711, {5,10,2}, 0)", "MBAddNewIonChamber(4712, \"IC-C\")",
-                "MBGetmAsWaveFormDataPoints(4711, 0, 2, 26, *)", "MBGetDetectorStatus(null, -5)",
-                "MBCloseApplication()"}));
-  EXPECT_EQ(state.logLines, 12);
+                "MBPauseUpdateThread()", "MBGetmAsNumberOfDataPoints(4711, *)", "MBResumeUpdateThread()",
+                "MBStartWFDownload(4711, 1)", "MBGetmAsWaveFormDataPoints(4711, 0, 2, 26, *)",
+                "MBGetDetectorStatus(null, -5)", "MBCloseApplication()"}));
+  EXPECT_EQ(state.logLines, 16);
 }
 
 TEST_F(SimCallLog, IsCutToTheBufferClearedOnLoadAndNotesAClosingWithThePauseOpen) {

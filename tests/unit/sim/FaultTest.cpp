@@ -1,5 +1,5 @@
-// Scripted faults the plug-in's own tests do not reach: zero-error windows, waveforms and sections,
-// chamber refusals.
+// Scripted faults the plug-in's own tests do not reach: zero-error windows, waveforms and sections, the
+// mAs link lost during a download, chamber refusals.
 #include "SimTestSupport.h"
 
 namespace rx9400::simtest {
@@ -41,20 +41,64 @@ INSTANTIATE_TEST_SUITE_P(Windows, SimZeroError,
                                            ZeroErrorCase{"true", 2, true, {7, 7, 1, 1}},
                                            ZeroErrorCase{"true", 3, false, {7, 7, 7, 1}}));
 
-TEST_F(SimFaults, WaveformNeverAvailableOrSectionMissing) {
+struct WaveformFault {
+  const char* faults;
+  std::int32_t points;                           // recorded, and asked for
+  std::int64_t answer, available, sectionBytes;  // sectionBytes -1: no section
+};
+
+using SimWaveformFault = SimTable<WaveformFault>;
+
+TEST_P(SimWaveformFault, ShowsInTheAnswerTheAvailabilityAndTheSection) {
+  const WaveformFault f = GetParam();
   loadScenario(one(ownId(), 1,
-                   R"("exposures": [{"pollsBeforeStart": 0}], "faults": {"waveformNeverAvailable": true})"));
+                   R"("exposures": [{"pollsBeforeStart": 0, "waveform": {"points": )" +
+                       std::to_string(f.points) + R"(}}], "faults": )" + f.faults));
   scanAndConnect({ownId()});
   deliverAio(ownId());
-  WaveformParameters parameters{0, 10, 1, {0, 0}};
-  EXPECT_EQ(MBSetWaveformParameters(ownId(), &parameters, 0), 0);
-  EXPECT_EQ(MBGetWaveformAvailabilityStatus(ownId()), 0);
-  EXPECT_FALSE(readSection(ownId()).has_value());
+  WaveformParameters all{0, f.points, 1, {0, 0}};
+  const std::int64_t answer = MBSetWaveformParameters(ownId(), &all, 0);
+  const auto section = readSection(ownId());
+  EXPECT_EQ((std::vector<std::int64_t>{answer, MBGetWaveformAvailabilityStatus(ownId()),
+                                       section ? static_cast<std::int64_t>(section->size()) : -1}),
+            (std::vector<std::int64_t>{f.answer, f.available, f.sectionBytes}));
+}
+
+// A short section is cut to whole 4096-byte pages, so that a view of all points fails on Windows too.
+INSTANTIATE_TEST_SUITE_P(
+    Faults, SimWaveformFault,
+    ::testing::Values(WaveformFault{R"({"waveformNeverAvailable": true})", 3000, 0, 0, -1},
+                      WaveformFault{R"({"sectionMissing": true})", 3000, 1, 1, -1},
+                      WaveformFault{R"({"sectionShortBy": 1})", 3000, 1, 1, 8192},
+                      WaveformFault{R"({"sectionShortBy": 1})", 1025, 1, 1, 4096},
+                      WaveformFault{R"({"sectionShortBy": 2})", 1025, 1, 1, -1}));  // not a page left
+
+TEST_F(SimFaults, SectionMissingGivesTheChamberFileLengthWithoutSection) {
   loadScenario(
       one(ownId(), 5, R"("dosimeter": {"chambers": [{"name": "C"}]}, "faults": {"sectionMissing": true})"));
   scanAndConnect({ownId()});
   EXPECT_EQ(MBGetChamberFileInfo(ownId()), 8) << "the length of \"1\\t1\\tC\\t0\\t\" is given";
   EXPECT_FALSE(readSection(ownId()).has_value());
+}
+
+TEST_F(SimFaults, MasLinkLossShowsFromTheKthBlockUntilTheNextDownloadStarts) {
+  loadScenario(one(
+      66, 2, R"("mas": {"exposures": [{"pollsBeforeStart": 0}]}, "faults": {"masLinkLossAfterBlocks": 2})"));
+  scanAndConnect({66});
+  MBEnableMeasurement(66);
+  MasMeasuredData m{};
+  for (int read = 0; read < 2; ++read) MBGetmAsMeasuredData(&m, 66, 0);  // started, then delivered
+  std::int32_t block[26];
+  std::vector<std::int32_t> seen;  // connection states and block answers
+  const auto poll = [&] { seen.push_back(status(66).connectionState); };
+  const auto read = [&] { seen.push_back(MBGetmAsWaveFormDataPoints(66, 0, 1, 26, block)); };
+  MBStartWFDownload(66, 1);
+  poll(), read(), poll(), read(), poll(), read();
+  MBStartWFDownload(66, 0);
+  poll();
+  MBStartWFDownload(66, 1);
+  poll(), read();
+  EXPECT_EQ(seen, (std::vector<std::int32_t>{1, 26, 1, 26, 2, 0, 2, 1, 26}));
 }
 
 struct Refusal {

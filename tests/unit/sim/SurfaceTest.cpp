@@ -82,6 +82,9 @@ INSTANTIATE_TEST_SUITE_P(
                     "chambers[0].name: longer than 15"},
         BadScenario{R"({"detectors": [{"identifier": 1, "typeCode": 2, "exposures": [{}]}]})",
                     "under \"mas\""},
+        BadScenario{R"({"detectors": [{"identifier": 1, "typeCode": 2,
+                        "mas": {"exposures": [{"waveform": {"points": 10000001}}]}}]})",
+                    "mas.exposures[0].waveform.points: must lie in 0 to 10000000"},
         BadScenario{
             R"({"detectors": [{"identifier": 1, "typeCode": 1, "faults": {"zeroError": {"fromPol": 2}}}]})",
             "faults.zeroError.fromPol: unknown field"}));

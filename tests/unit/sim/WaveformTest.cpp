@@ -76,6 +76,21 @@ TEST_F(SimWaveform, NextPublicationReplacesTheSectionAndTheNextExposureEndsAvail
   EXPECT_EQ(MBGetWaveformAvailabilityStatus(id), 0);
 }
 
+TEST_F(SimWaveform, TenMillionPointTraceRisesRipplesAndFallsAndIsPublishedWhole) {
+  const std::int32_t id = ownId();
+  loadScenario(one(id, 1, R"("exposures": [{"pollsBeforeStart": 0, "kvpAverage": 800, "kvpMaximum": 812,
+                                            "waveform": {"points": 10000000}}])"));
+  scanAndConnect({id});
+  deliverAio(id);
+  WaveformParameters all{0, MBGetNumberOfDataPoints(id, 0), 1, {0, 0}};
+  ASSERT_EQ(MBSetWaveformParameters(id, &all, 0), 1);
+  const std::vector<std::int32_t> trace = samplesOf(*readSection(id));
+  ASSERT_EQ(trace.size(), 10000000u);
+  const auto [low, high] = std::minmax_element(trace.begin() + 500000, trace.end() - 666666);  // the plateau
+  EXPECT_EQ((std::vector<std::int32_t>{trace.front(), trace[499999], *low, *high, trace.back()}),
+            (std::vector<std::int32_t>{0, 799, 788, 812, 0}));
+}
+
 struct MasBlock {
   std::int32_t first;
   std::uint8_t step, count;
