@@ -222,8 +222,10 @@ struct Recording {
 };
 
 const Recording kRecordings[] = {
-    {L"waveform-long.json", 604}, {L"waveform-edges.json", 123456789},
-    // An mAs download cut short by a lost link holds the blocks read before: {scenario, id, blocks * 26}.
+    {L"waveform-long.json", 604},
+    {L"waveform-edges.json", 123456789},
+    // The link lost after 3 blocks of the mAs download: the text holds the values read before.
+    {L"waveform-mas-link-loss.json", 608, 3 * 26},
 };
 
 /// One download, its text compared value by value with the platform's.
@@ -296,7 +298,8 @@ const Refusal kRefusals[] = {
      L"No data points found to download.", true},
     {"section-missing", L"waveform-section-missing.json", 606, Setup::Measured, 100, 300, L"Open File Mapping Error",
      L"Error in open file mapping.", false},
-    // A section shorter than the samples asked for: L"Map View File Error", L"Error in map view file.".
+    {"short-section", L"waveform-short-section.json", 607, Setup::Measured, 100, 3000, L"Map View File Error",
+     L"Error in map view file.", false},
 };
 // clang-format on
 
