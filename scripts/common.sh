@@ -3,7 +3,7 @@
 # The Debian packages the build, the tests and the demo need.
 RX9400_PACKAGES=(cmake g++ make googletest libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev
   g++-mingw-w64-x86-64 g++-mingw-w64-i686 mingw-w64-tools binutils-mingw-w64-x86-64 binutils-mingw-w64-i686
-  wine wine64 libwine-dev xvfb xauth imagemagick)
+  wine wine64 libwine-dev xvfb xauth imagemagick gnuplot-nox)
 
 # Installs the packages that are missing (as root), or says which are missing and fails.
 ensure_packages() {

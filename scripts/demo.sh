@@ -3,8 +3,10 @@
 # detector simulator, the way the executive runs it. It installs what is missing, builds the Windows
 # plug-in, registers it in a private Wine prefix, and runs rx9400-demo: register, scan and connect
 # (the dialogs are shown on a virtual display and picked by an automation tool), push the settings,
-# arm, poll until the exposure is measured, and print the measured values. Pictures of the dialogs
-# are saved in build/demo/.
+# arm, poll until the exposure is measured, and print the measured values. Then the all-in-one
+# detector is connected again alone and its waveforms downloaded: their first values are printed, and
+# each whole waveform is written to build/demo/ and plotted there as a PNG (aio-waveform.png, kV over
+# ms; mas-waveform.png, mA over ms), beside pictures of the dialogs.
 #
 # Point it at a scenario of your own with TAMSA_SIM_SCENARIO=path/to/scenario.json (sim/README.md).
 set -euo pipefail
@@ -35,15 +37,28 @@ automate() { timeout 300 wine "$bin/rx9400-automate.exe" --artifacts="$(winepath
 (automate --timeout=30 --process=rx9400-demo.exe window "Scanning..." screenshot scan-dialog.bmp \
    >/dev/null 2>&1 || true) &
 status=0
-automate --timeout=60 --run="$(winepath -w "$bin/rx9400-demo.exe")" \
+# Both detectors (rows 0 and 1) for the exposure, then the all-in-one detector (row 1) alone for its
+# waveforms; each connection reports the detector's calibration in a message box.
+automate --timeout=60 --run="$(winepath -w "$bin/rx9400-demo.exe") --waveforms $(winepath -w "$pictures")" \
   window "Establish Connection" screenshot connect-dialog.bmp tick 0 tick 1 screenshot connect-ticked.bmp \
-  click Connect gone messagebox screenshot calibration-report.bmp click OK 2>&1 |
+  click Connect gone messagebox screenshot calibration-report.bmp click OK \
+  window "Establish Connection" tick 1 click Connect gone messagebox click OK 2>&1 |
   grep -v '^rx9400-automate: ' || status=${PIPESTATUS[0]}
 wait
+# DATA PNG LABEL: the waveform over time, titled by the data file's first line.
+plot() {
+  [ -s "$1" ] || return 0
+  gnuplot -e "set terminal pngcairo size 1000,520 font ',11'; set output '$2';
+    set title '$(sed -n '1s/^# //p' "$1" | tr -d "'\r")'; set xlabel 'time (ms)'; set ylabel '$3';
+    set grid; set key off; plot '$1' using 1:2 with lines linewidth 2 linecolor rgb '#1f5fa8'"
+}
+plot "$pictures/aio-waveform.dat" "$pictures/aio-waveform.png" "tube voltage (kV)"
+plot "$pictures/mas-waveform.dat" "$pictures/mas-waveform.png" "tube current (mA)"
 for picture in "$pictures"/*.bmp; do
   [ -f "$picture" ] && convert "$picture" "${picture%.bmp}.png" && rm -f "$picture"
 done
 wineserver -k 2>/dev/null || true
 echo
-echo "Pictures of the dialogs: $(ls "$pictures"/*.png 2>/dev/null | tr '\n' ' ')"
+echo "Waveform plots: $(ls "$pictures"/*-waveform.png 2>/dev/null | tr '\n' ' ')"
+echo "Pictures of the dialogs: $(ls "$pictures"/*.png 2>/dev/null | grep -v -- '-waveform\.png' | tr '\n' ' ')"
 exit "$status"

@@ -2,16 +2,21 @@
 // by ProgID, listens to the instrument's events, scans and connects the detectors (the user, or an
 // automation tool, picks them in the plug-in's dialogs), sends the measurement settings, arms the
 // detectors, polls until an exposure has been measured, and prints the measured values as a table.
+// Then it downloads the exposure's waveforms (the all-in-one kV trace, the mAs meter's tube current),
+// prints their first values and, with --waveforms, writes each whole one to FOLDER\aio-waveform.dat and
+// FOLDER\mas-waveform.dat: a title line, then "time in ms<TAB>value" lines, ready to plot.
 //
-//   rx9400-demo [--passes N]
+//   rx9400-demo [--passes N] [--waveforms FOLDER]
 #include <windows.h>
 
 #include <oleauto.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -67,7 +72,70 @@ void printTable(const char* title, const std::vector<const char*>& labels,
   }
 }
 
-int demo(int passes) {
+/// Prints the first values of a downloaded waveform and writes it whole to FOLDER\FILE (when a folder is
+/// given): the plug-in's text "a,b,c" (the mAs text begins with a comma), pResolution values per ms.
+void showWaveform(_CRX9400VTI* instrument, BSTR text, const char* what, const std::string& title,
+                  const std::string& folder, const char* file) {
+  std::vector<std::string> values;
+  std::istringstream pieces(narrow(text != nullptr ? text : L""));
+  for (std::string piece; std::getline(pieces, piece, ',');) {
+    if (!piece.empty()) values.push_back(piece);
+  }
+  SysFreeString(text);
+  float resolution = 0;
+  instrument->get_pResolution(&resolution);
+  if (values.empty() || !(resolution > 0)) {
+    std::printf("  %s: no values\n", what);
+    return;
+  }
+  std::printf("  %s: %zu values over %g ms:", what, values.size(), values.size() / resolution);
+  for (std::size_t i = 0; i < values.size() && i < 8; ++i) std::printf(" %s", values[i].c_str());
+  std::printf(" ...\n");
+  if (folder.empty()) return;
+  const std::string path = folder + "\\" + file;
+  FILE* out = std::fopen(path.c_str(), "w");
+  if (out == nullptr) {
+    std::printf("  cannot write %s\n", path.c_str());
+    return;
+  }
+  std::fprintf(out, "# %s\n", title.c_str());
+  for (std::size_t i = 0; i < values.size(); ++i)
+    std::fprintf(out, "%g\t%s\n", i / resolution, values[i].c_str());
+  std::fclose(out);
+  std::printf("  written to %s\n", path.c_str());
+}
+
+/// The exposure's waveforms, from 0 to its end time, whole. The waveform members answer for the last
+/// detector connected: with several connected, the all-in-one detector (with its mAs meter) is
+/// connected again alone first.
+void downloadWaveforms(_CRX9400Query* query, _CRX9400VTI* instrument, bool aio, bool mas, double endTime,
+                       const std::string& folder) {
+  std::string serials = property(instrument, &_CRX9400VTI::get_pSerialNumber);
+  if (std::count(serials.begin(), serials.end(), ',') > 1) {
+    std::printf("\nConnecting the all-in-one detector alone for its waveforms...\n");
+    std::fflush(stdout);
+    query->ResetTheDetectors();
+    query->ScanAndConnectToDetector();
+    serials = property(instrument, &_CRX9400VTI::get_pSerialNumber);
+  }
+  const std::string serial = serials.substr(0, serials.find(','));
+  std::printf("\n  Waveforms of detector %s\n", serial.c_str());
+  const float end = static_cast<float>(endTime);
+  BSTR text = nullptr;
+  if (aio && SUCCEEDED(instrument->GetWaveformInMilliSec(0, end, 1000000, &text))) {
+    showWaveform(instrument, text, "kV (GetWaveformInMilliSec)",
+                 "RX 9400 all-in-one detector " + serial + ": kV waveform of the exposure", folder,
+                 "aio-waveform.dat");
+  }
+  text = nullptr;
+  if (mas && SUCCEEDED(instrument->GetWaveformInSecs(0, end, 1000000, 2, &text))) {
+    showWaveform(instrument, text, "mA (GetWaveformInSecs, 2)",
+                 "RX 9400 mAs meter " + serial + ": tube current of the exposure", folder,
+                 "mas-waveform.dat");
+  }
+}
+
+int demo(int passes, const std::string& waveforms) {
   auto query = create<_CRX9400Query>(L"TamsaRX9400VTI.CRX9400Query", IID__CRX9400Query);
   auto instrument = create<_CRX9400VTI>(L"TamsaRX9400VTI.CRX9400VTI", IID__CRX9400VTI);
   // The events are printed as they come; the last values of each kind are kept for the tables.
@@ -144,6 +212,9 @@ int demo(int passes) {
   instrument->get_pGetExposurekVp(&kvp);
   instrument->get_pGetExposureTime(&time);
   std::printf("\n  pGetExposurekVp %g, pGetExposureTime %g\n", kvp, time);
+  if (last.count(5) != 0 || last.count(10) != 0)
+    downloadWaveforms(query.get(), instrument.get(), last.count(5) != 0, last.count(10) != 0, time,
+                      waveforms);
 
   query->CloseApp();
   SysFreeString(mode);
@@ -155,11 +226,13 @@ int demo(int passes) {
 
 int main(int argc, char** argv) {
   int passes = 400;
+  std::string waveforms;
   for (int i = 1; i < argc; ++i) {
     if (std::strcmp(argv[i], "--passes") == 0 && i + 1 < argc) passes = std::atoi(argv[++i]);
+    if (std::strcmp(argv[i], "--waveforms") == 0 && i + 1 < argc) waveforms = argv[++i];
   }
   check(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), "starting COM");
-  const int status = demo(passes);
+  const int status = demo(passes, waveforms);
   CoUninitialize();
   return status;
 }

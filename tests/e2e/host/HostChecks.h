@@ -18,6 +18,7 @@ namespace rx9400::e2e {
 std::vector<Check> comChecks();
 std::vector<Check> sessionChecks();
 std::vector<Check> exposureChecks();
+std::vector<Check> waveformChecks();
 
 inline constexpr wchar_t kQueryProgId[] = L"TamsaRX9400VTI.CRX9400Query";
 inline constexpr wchar_t kInstrumentProgId[] = L"TamsaRX9400VTI.CRX9400VTI";
@@ -50,6 +51,23 @@ struct Session {
 /// scenarios folder when given, else TAMSA_SIM_SCENARIO); the call log starts empty. Fails unless a
 /// language component is registered exactly when the options say so.
 Session openSession(const Options& options, const wchar_t* scenario = nullptr);
+
+/// The text the plug-in shows for a catalogue text, and whether a shown text came from the catalogue:
+/// never empty nor a whole literal ("22401::..."), and "[[...]]" under the test language.
+struct Shown {
+  bool pseudo;
+  std::wstring operator()(const std::wstring& text) const { return pseudo ? L"[[" + text + L"]]" : text; }
+  bool fromCatalogue(const std::wstring& text) const {
+    return !text.empty() && text.find(L"::") == std::wstring::npos && (!pseudo || text.rfind(L"[[", 0) == 0);
+  }
+};
+/// Every text a window shows apart from values (the control ids in `values`): its caption, labels and
+/// buttons; of a message box its caption and text.
+void expectCatalogueTexts(HWND window, const Shown& shown, const std::vector<int>& values = {});
+/// A message box of the plug-in: its caption and text, OK alone, the critical icon; pictured, then
+/// answered with OK.
+void answerMessageBox(const Options& options, const std::string& picture, HWND box,
+                      const std::wstring& caption, const std::wstring& text, const Shown& shown);
 
 /// Waits for a dialog of this process; a message box that comes instead fails at once.
 HWND waitForDialog(const std::wstring& caption, const std::string& what);

@@ -8,7 +8,6 @@
 // detector kind asked for with SendDetectorType stays asked for as long as the process lives.
 #include <windows.h>
 
-#include <algorithm>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -31,16 +30,6 @@ const ListedDetector kDetectors[] = {
     {4712, L"DOSE", L"93000518", L"1.8-1.1", L"2.0-1.2", L"2025", L"2027"},
 };
 
-/// The text the plug-in shows for a catalogue text, and whether a shown text came from the catalogue:
-/// never empty nor a whole literal ("22401::..."), and "[[...]]" under the test language.
-struct Shown {
-  bool pseudo;
-  std::wstring operator()(const std::wstring& text) const { return pseudo ? L"[[" + text + L"]]" : text; }
-  bool fromCatalogue(const std::wstring& text) const {
-    return !text.empty() && text.find(L"::") == std::wstring::npos && (!pseudo || text.rfind(L"[[", 0) == 0);
-  }
-};
-
 std::wstring controlText(HWND dialog, int id) {
   HWND control = GetDlgItem(dialog, id);
   expect(control != nullptr, quoted(windowText(dialog)) + " has no control " + std::to_string(id));
@@ -50,51 +39,6 @@ std::wstring controlText(HWND dialog, int id) {
 void expectText(HWND dialog, int id, const std::wstring& wanted, const char* what) {
   const std::wstring actual = controlText(dialog, id);
   expect(actual == wanted, std::string(what) + " reads " + quoted(actual) + ", expected " + quoted(wanted));
-}
-
-/// Every text a window shows apart from values (the control ids in `values`): its caption, labels and
-/// buttons; of a message box its caption and text.
-void expectCatalogueTexts(HWND window, const Shown& shown, const std::vector<int>& values = {}) {
-  std::vector<std::wstring> texts = {windowText(window)};
-  if (GetDlgItem(window, kMessageBoxTextId) != nullptr) {
-    texts.push_back(messageBoxText(window));
-  } else {
-    for (HWND child = GetWindow(window, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-      const LONG_PTR type = GetWindowLongPtrW(child, GWL_STYLE) & SS_TYPEMASK;
-      const bool label = _wcsicmp(windowClass(child).c_str(), L"Static") == 0 && type != SS_OWNERDRAW &&
-                         type != SS_ICON && type != SS_BITMAP;
-      const bool value = std::find(values.begin(), values.end(), GetDlgCtrlID(child)) != values.end();
-      if ((label || _wcsicmp(windowClass(child).c_str(), L"Button") == 0) && !value) {
-        texts.push_back(windowText(child));
-      }
-    }
-  }
-  for (const std::wstring& text : texts) {
-    expect(shown.fromCatalogue(text), quoted(texts[0]) + " shows " + quoted(text) + ", not a catalogue text");
-  }
-}
-
-/// A message box of the plug-in: its caption and text, OK alone, the critical icon; pictured, then
-/// answered with OK.
-void answerMessageBox(const Options& options, const std::string& picture, HWND box,
-                      const std::wstring& caption, const std::wstring& text, const Shown& shown) {
-  expect(windowText(box) == caption, "the message box is titled " + quoted(windowText(box)));
-  expect(messageBoxText(box) == text, "the message box says " + quoted(messageBoxText(box)));
-  expect(buttonTexts(box) == std::vector<std::wstring>{L"OK"}, quoted(caption) + " does not offer OK alone");
-  bool critical = false;
-  const HICON hand = LoadIconW(nullptr, MAKEINTRESOURCEW(32513));  // IDI_HAND
-  for (HWND child = GetWindow(box, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-    DWORD_PTR icon = 0;
-    if ((GetWindowLongPtrW(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON &&
-        SendMessageTimeoutW(child, STM_GETICON, 0, 0, SMTO_ABORTIFHUNG, 3000, &icon) != 0) {
-      critical = critical || reinterpret_cast<HICON>(icon) == hand;
-    }
-  }
-  expect(critical, quoted(caption) + " does not show the critical icon");
-  expectCatalogueTexts(box, shown);
-  savePicture(box, options.artifacts, picture);
-  press(box, IDOK, "OK");
-  expectGone(box, "the message box " + quoted(caption));
 }
 
 HWND scanDialog(const Options& options, const char* check, const Shown& shown) {

@@ -1,9 +1,10 @@
-// What the host's checks share (HostChecks.h): the simulator read in process, sessions, and the
-// plug-in's modal windows driven from an automation thread.
+// What the host's checks share (HostChecks.h): the simulator read in process, sessions, the
+// plug-in's modal windows driven from an automation thread, and its message boxes answered.
 #include <windows.h>
 
 #include <commctrl.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -135,6 +136,47 @@ void press(HWND window, int id, const char* what) {
 
 void expectGone(HWND window, const std::string& what) {
   expect(waitUntilGone(window, kStepMs), what + " stayed open");
+}
+
+void expectCatalogueTexts(HWND window, const Shown& shown, const std::vector<int>& values) {
+  std::vector<std::wstring> texts = {windowText(window)};
+  if (GetDlgItem(window, kMessageBoxTextId) != nullptr) {
+    texts.push_back(messageBoxText(window));
+  } else {
+    for (HWND child = GetWindow(window, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+      const LONG_PTR type = GetWindowLongPtrW(child, GWL_STYLE) & SS_TYPEMASK;
+      const bool label = _wcsicmp(windowClass(child).c_str(), L"Static") == 0 && type != SS_OWNERDRAW &&
+                         type != SS_ICON && type != SS_BITMAP;
+      const bool value = std::find(values.begin(), values.end(), GetDlgCtrlID(child)) != values.end();
+      if ((label || _wcsicmp(windowClass(child).c_str(), L"Button") == 0) && !value) {
+        texts.push_back(windowText(child));
+      }
+    }
+  }
+  for (const std::wstring& text : texts) {
+    expect(shown.fromCatalogue(text), quoted(texts[0]) + " shows " + quoted(text) + ", not a catalogue text");
+  }
+}
+
+void answerMessageBox(const Options& options, const std::string& picture, HWND box,
+                      const std::wstring& caption, const std::wstring& text, const Shown& shown) {
+  expect(windowText(box) == caption, "the message box is titled " + quoted(windowText(box)));
+  expect(messageBoxText(box) == text, "the message box says " + quoted(messageBoxText(box)));
+  expect(buttonTexts(box) == std::vector<std::wstring>{L"OK"}, quoted(caption) + " does not offer OK alone");
+  bool critical = false;
+  const HICON hand = LoadIconW(nullptr, MAKEINTRESOURCEW(32513));  // IDI_HAND
+  for (HWND child = GetWindow(box, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+    DWORD_PTR icon = 0;
+    if ((GetWindowLongPtrW(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON &&
+        SendMessageTimeoutW(child, STM_GETICON, 0, 0, SMTO_ABORTIFHUNG, 3000, &icon) != 0) {
+      critical = critical || reinterpret_cast<HICON>(icon) == hand;
+    }
+  }
+  expect(critical, quoted(caption) + " does not show the critical icon");
+  expectCatalogueTexts(box, shown);
+  savePicture(box, options.artifacts, picture);
+  press(box, IDOK, "OK");
+  expectGone(box, "the message box " + quoted(caption));
 }
 
 HWND connectList(HWND connect) {

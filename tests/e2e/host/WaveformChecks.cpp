@@ -1,0 +1,430 @@
+// The waveform members end to end: the all-in-one samples read through the library's shared-memory
+// section and the mAs samples read in blocks, each download one text. The host reads the same samples
+// itself (the section right after the call, the mAs recording through the simulator's export) and
+// writes each value with the platform's own conversion (VarBstrFromR8 in the user's locale, every ","
+// made "."); the plug-in's text must equal it value by value, under a decimal point and a decimal
+// comma. Every refusal shows its critical box with its caption, for both members; a thousand downloads
+// leave no handle and no mapped view behind. The checks load their scenarios themselves (--scenarios).
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "HostChecks.h"
+
+namespace rx9400::e2e {
+namespace {
+
+enum class Member { MilliSec, Secs, SecsMas };
+
+std::string memberName(Member member) {
+  const char* const names[] = {"GetWaveformInMilliSec", "GetWaveformInSecs(lValue 1)",
+                               "GetWaveformInSecs(lValue 2)"};
+  return names[static_cast<int>(member)];
+}
+
+/// One call from 0 to `rMax`; `text` is the plug-in's answer.
+HRESULT callMember(_CRX9400VTI* instrument, Member member, float rMax, LONG points, std::wstring& text) {
+  BSTR result = nullptr;
+  const HRESULT hr =
+      member == Member::MilliSec
+          ? instrument->GetWaveformInMilliSec(0, rMax, points, &result)
+          : instrument->GetWaveformInSecs(0, rMax, points, member == Member::Secs ? 1 : 2, &result);
+  text.assign(result != nullptr ? result : L"", result != nullptr ? SysStringLen(result) : 0);
+  SysFreeString(result);
+  return hr;
+}
+
+/// Where a waveform check starts from.
+enum class Setup {
+  Reset,      ///< ResetTheDetectors: the plug-in's table is one empty slot (identifier 0)
+  Connected,  ///< the scenario's detector connected through the connect dialog, nothing measured
+  Measured,   ///< and its exposure measured: armed, CheckDataStatus until every part has delivered
+};
+
+struct Detector {
+  Session session;
+  ComPtr<_CRX9400VTI> instrument;
+  std::int32_t id = 0;
+};
+
+Detector prepare(const Options& options, const char* check, const wchar_t* scenario, std::int32_t id,
+                 Setup setup) {
+  Detector detector{openSession(options, scenario), {}, id};
+  if (setup == Setup::Reset) {
+    expectHr(detector.session.query->ResetTheDetectors(), S_OK, "ResetTheDetectors");
+  } else {
+    connectAll(options, check, detector.session);
+  }
+  detector.instrument = createByProgId<_CRX9400VTI>(kInstrumentProgId, IID__CRX9400VTI);
+  BSTR mode = SysAllocString(L"RADIO");
+  const HRESULT modeSet = detector.instrument->put_pCurrentMode(mode);
+  SysFreeString(mode);
+  expectHr(modeSet, S_OK, "pCurrentMode");
+  if (setup != Setup::Measured) return detector;
+
+  const auto state =
+      exportOf<decltype(&SimGetDetectorState)>(detector.session.simulator, "SimGetDetectorState");
+  const auto delivered = [&] {
+    SimDetectorState now{};
+    const bool mas = state(id, &now) == 1 && (now.typeCode == 2 || now.typeCode >= 4);
+    return now.exposuresDelivered >= 1 && (!mas || now.masExposuresDelivered >= 1);
+  };
+  expectHr(detector.instrument->EnableMeasurements(VARIANT_TRUE), S_OK, "EnableMeasurements(True)");
+  driveModal(
+      options, check, [] {},
+      [&] {
+        VARIANT_BOOL finished = VARIANT_FALSE;
+        HRESULT hr = S_OK;
+        for (int pass = 0; pass < 20 && SUCCEEDED(hr) && !delivered(); ++pass) {
+          hr = detector.instrument->CheckDataStatus(&finished);
+        }
+        return hr;
+      },
+      "CheckDataStatus");
+  expect(delivered(), "the exposure was not measured in 20 passes of CheckDataStatus");
+  expectHr(detector.instrument->EnableMeasurements(VARIANT_FALSE), S_OK, "EnableMeasurements(False)");
+  return detector;
+}
+
+void close(Detector& detector) {
+  expectHr(detector.session.query->ResetTheDetectors(), S_OK, "ResetTheDetectors");
+  expectHr(detector.session.query->CloseApp(), S_OK, "CloseApp");
+}
+
+/// The points of the detector's recordings, as the simulator counts them.
+std::int32_t aioPoints(const Detector& detector) {
+  return simulatorDetector(detector.session.simulator, detector.id).waveformPoints;
+}
+std::int32_t masPoints(const Detector& detector) {
+  std::int32_t span = 0;
+  return exportOf<std::int32_t(MB_STDCALL*)(std::int32_t, std::int32_t*)>(
+      detector.session.simulator, "MBGetmAsNumberOfDataPoints")(detector.id, &span);
+}
+
+/// The first `count` all-in-one samples the library published in the section "MB_" + the identifier
+/// padded to 8 digits.
+std::vector<std::int32_t> publishedSamples(std::int32_t id, std::size_t count) {
+  char name[24];
+  std::snprintf(name, sizeof(name), "MB_%08ld", static_cast<long>(id));
+  HANDLE section = OpenFileMappingA(FILE_MAP_READ, FALSE, name);
+  expect(section != nullptr, std::string("the section ") + name + " cannot be opened after the download");
+  const void* view = MapViewOfFile(section, FILE_MAP_READ, 0, 0, count * sizeof(std::int32_t));
+  std::vector<std::int32_t> samples;
+  if (view != nullptr) {
+    samples.assign(static_cast<const std::int32_t*>(view), static_cast<const std::int32_t*>(view) + count);
+    UnmapViewOfFile(view);
+  }
+  CloseHandle(section);
+  expect(view != nullptr,
+         std::string("the section ") + name + " holds fewer than " + std::to_string(count) + " samples");
+  return samples;
+}
+
+/// The first `count` samples of the mAs recording, point by point (below 30,000 points the plug-in
+/// reads every point).
+std::vector<std::int32_t> masSamples(const Detector& detector, std::int32_t count) {
+  const auto read = exportOf<std::int32_t(MB_STDCALL*)(std::int32_t, std::int32_t, std::uint8_t, std::uint8_t,
+                                                       std::int32_t*)>(detector.session.simulator,
+                                                                       "MBGetmAsWaveFormDataPoints");
+  std::vector<std::int32_t> samples(static_cast<std::size_t>(count));
+  for (std::int32_t first = 0; first < count; first += 200) {
+    read(detector.id, first, 1, static_cast<std::uint8_t>(std::min(200, count - first)),
+         samples.data() + first);
+  }
+  return samples;
+}
+
+std::wstring platformText(double value) {
+  BSTR text = nullptr;
+  expectHr(VarBstrFromR8(value, LOCALE_USER_DEFAULT, 0, &text), S_OK, "VarBstrFromR8");
+  std::wstring result(text, SysStringLen(text));
+  SysFreeString(text);
+  return result;
+}
+
+/// Each value as the platform writes it, "," made ".": k/10 for the all-in-one detector; for the mAs
+/// meter (input type 1) the current (k as a Single) x 5000 as a Single, / 2^24.
+std::vector<std::wstring> expectedValues(const std::vector<std::int32_t>& samples, bool mas) {
+  std::vector<std::wstring> values;
+  for (const std::int32_t k : samples) {
+    const float scaled = static_cast<float>(k) * 5000.0F;
+    std::wstring text = platformText(mas ? static_cast<double>(scaled) / 16777216.0 : k * 0.1);
+    std::replace(text.begin(), text.end(), L',', L'.');
+    values.push_back(text);
+  }
+  return values;
+}
+
+/// The first value that differs and how many do; empty when the text is the expected one: "a,b,c", or
+/// ",a,b,c" (every mAs value preceded by a comma).
+std::string difference(const std::wstring& text, const std::vector<std::wstring>& expected, bool mas) {
+  std::vector<std::wstring> values(1);
+  for (const wchar_t c : text) {
+    if (c == L',')
+      values.emplace_back();
+    else
+      values.back() += c;
+  }
+  if (mas && !values.front().empty())
+    return "the text begins " + quoted(text.substr(0, 20)) + ", not with a comma";
+  if (mas) values.erase(values.begin());
+  if (values.size() != expected.size())
+    return std::to_string(values.size()) + " values, expected " + std::to_string(expected.size());
+  std::size_t differing = 0, first = values.size();
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (values[i] == expected[i]) continue;
+    ++differing;
+    first = std::min(first, i);
+  }
+  if (differing == 0) return {};
+  return "value " + std::to_string(first) + " is " + quoted(values[first]) + ", the platform writes " +
+         quoted(expected[first]) + " (" + std::to_string(differing) + " of " + std::to_string(values.size()) +
+         " differ)";
+}
+
+/// The user's decimal separator (as the regional settings set it) for as long as this lives.
+class UserDecimalSeparator {
+ public:
+  explicit UserDecimalSeparator(const wchar_t* separator) {
+    GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, previous_, 8);
+    expect(SetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, separator) != 0,
+           "the decimal separator cannot be set");
+    expect(platformText(0.5) == std::wstring(L"0") + separator + L"5",
+           "VarBstrFromR8 does not follow the decimal separator " + narrow(separator));
+  }
+  ~UserDecimalSeparator() { SetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, previous_); }
+  UserDecimalSeparator(const UserDecimalSeparator&) = delete;
+  UserDecimalSeparator& operator=(const UserDecimalSeparator&) = delete;
+
+ private:
+  wchar_t previous_[8] = L".";
+};
+
+/// Adds "`what`: why" to the failures noted so far.
+void note(std::string& why, const std::string& what, const CheckFailure& failure) {
+  why += (why.empty() ? "" : "; ") + what + ": " + failure.why;
+}
+
+constexpr std::int32_t kWholeRecording = -1;
+
+/// An exposure, measured afresh under each decimal separator, whose recordings each member downloads
+/// whole, from 0 to the exposure's end time (the mAs meter last).
+struct Recording {
+  const wchar_t* scenario;
+  std::int32_t id;
+  std::int32_t masValues = kWholeRecording;  ///< how many values the mAs text holds
+};
+
+const Recording kRecordings[] = {
+    {L"waveform-long.json", 604},
+    {L"waveform-edges.json", 123456789},
+    // The link lost after 3 blocks of the mAs download: the text holds the values read before.
+    {L"waveform-mas-link-loss.json", 608, 3 * 26},
+};
+
+/// One download, its text compared value by value with the platform's.
+void download(const Options& options, const Detector& detector, Member member, std::int32_t masValues) {
+  const bool mas = member == Member::SecsMas;
+  const std::int32_t recorded = mas ? masPoints(detector) : aioPoints(detector);
+  const std::int32_t count = mas && masValues != kWholeRecording ? masValues : recorded;
+  // The mAs samples are read before the call, which may end the detector's link.
+  const std::vector<std::int32_t> before = mas ? masSamples(detector, count) : std::vector<std::int32_t>{};
+  double endTime = 0;
+  expectHr(detector.instrument->get_pGetExposureTime(&endTime), S_OK, "pGetExposureTime");
+  std::wstring text;
+  driveModal(
+      options, "waveforms", [] {},
+      [&] {
+        return callMember(detector.instrument.get(), member, static_cast<float>(endTime), recorded, text);
+      },
+      "the download");
+  const std::string why =
+      difference(text, expectedValues(mas ? before : publishedSamples(detector.id, count), mas), mas);
+  expect(why.empty(), why);
+}
+
+void checkDownloads(const Options& options) {
+  std::string why;
+  for (const Recording& row : kRecordings) {
+    for (const wchar_t* separator : {L".", L","}) {
+      const std::string what = narrow(row.scenario) + " (decimal \"" + narrow(separator) + "\")";
+      try {
+        const UserDecimalSeparator decimal(separator);
+        Detector detector = prepare(options, "waveforms", row.scenario, row.id, Setup::Measured);
+        for (const Member member : {Member::MilliSec, Member::Secs, Member::SecsMas}) {
+          try {
+            download(options, detector, member, row.masValues);
+          } catch (const CheckFailure& failure) {
+            note(why, what + " " + memberName(member), failure);
+          }
+        }
+        close(detector);
+      } catch (const CheckFailure& failure) {
+        note(why, what, failure);
+      }
+    }
+  }
+  expect(why.empty(), why);
+}
+
+/// A download the plug-in refuses with a critical box, its text empty.
+struct Refusal {
+  const char* name;  ///< in the pictures' names
+  const wchar_t* scenario;
+  std::int32_t id;
+  Setup setup;
+  float rMax;
+  LONG points;
+  const wchar_t* milliSecCaption;  ///< every box of GetWaveformInSecs is "Tamsa RX9400 Plug-In Response"
+  const wchar_t* text;
+  bool masToo;  ///< GetWaveformInSecs(..., 2) refuses it too
+};
+
+const wchar_t kEdges[] = L"waveform-edges.json";
+// clang-format off
+const Refusal kRefusals[] = {
+    {"slot-0", kEdges, 123456789, Setup::Reset, 100, 23, L"Invalid Serial Number", L"0 is not a valid serial number.", true},
+    {"points-0", kEdges, 123456789, Setup::Connected, 100, 0, L"Invalid Number Of Data Points",
+     L"Invalid number of data points to download.", true},
+    {"end-time-0", kEdges, 123456789, Setup::Connected, 0, 23, L"Invalid Exposure End Time",
+     L"Exposure end time should be greater than 0.", true},
+    {"no-data-points", kEdges, 123456789, Setup::Connected, 100, 23, L"No Data Points",
+     L"No data points found to download.", true},
+    {"section-missing", L"waveform-section-missing.json", 606, Setup::Measured, 100, 300, L"Open File Mapping Error",
+     L"Error in open file mapping.", false},
+    {"short-section", L"waveform-short-section.json", 607, Setup::Measured, 100, 3000, L"Map View File Error",
+     L"Error in map view file.", false},
+};
+// clang-format on
+
+void checkRefusals(const Options& options) {
+  std::string why;
+  for (const Refusal& row : kRefusals) {
+    try {
+      Detector detector = prepare(options, "waveform-boxes", row.scenario, row.id, row.setup);
+      for (const Member member : {Member::MilliSec, Member::Secs, Member::SecsMas}) {
+        if (member == Member::SecsMas && !row.masToo) continue;
+        const std::wstring caption =
+            member == Member::MilliSec ? row.milliSecCaption : L"Tamsa RX9400 Plug-In Response";
+        const char* const suffixes[] = {"-ms", "-s", "-mas"};
+        const std::string picture = std::string("waveform-") + row.name + suffixes[static_cast<int>(member)];
+        std::wstring text = L"(none)";
+        try {
+          driveModal(
+              options, "waveform-boxes",
+              [&] {
+                answerMessageBox(options, picture, waitForBox("during " + memberName(member)), caption,
+                                 row.text, Shown{false});
+              },
+              [&] { return callMember(detector.instrument.get(), member, row.rMax, row.points, text); },
+              memberName(member).c_str());
+          expect(text.empty(), "the text is " + quoted(text.substr(0, 40)));
+        } catch (const CheckFailure& failure) {
+          note(why, std::string(row.name) + " " + memberName(member), failure);
+        }
+      }
+      close(detector);
+    } catch (const CheckFailure& failure) {
+      note(why, row.name, failure);
+    }
+  }
+  expect(why.empty(), why);
+}
+
+/// The handles this process holds, as the system's handle list (SystemHandleInformation) counts them:
+/// Wine 8's GetProcessHandleCount answers 0. Empty when the list cannot be read.
+std::optional<std::size_t> openHandles() {
+  struct Entry {
+    ULONG process;
+    BYTE type, flags;
+    USHORT handle;
+    void* object;
+    ULONG access;
+  };
+  struct List {
+    ULONG count;
+    Entry entries[1];
+  };
+  using Query = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
+  const auto query = reinterpret_cast<Query>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
+  std::vector<char> buffer(1 << 20);
+  LONG status = -1;
+  ULONG needed = 0;
+  for (; query != nullptr && buffer.size() <= (1u << 26); buffer.resize(buffer.size() * 2)) {
+    status = query(16, buffer.data(), static_cast<ULONG>(buffer.size()), &needed);
+    if (status != static_cast<LONG>(0xC0000004)) break;  // STATUS_INFO_LENGTH_MISMATCH: a larger buffer
+  }
+  if (status != 0) return std::nullopt;
+  const auto* list = reinterpret_cast<const List*>(buffer.data());
+  return std::count_if(list->entries, list->entries + list->count,
+                       [](const Entry& entry) { return entry.process == GetCurrentProcessId(); });
+}
+
+/// The views of sections mapped into this process.
+std::size_t mappedViews() {
+  std::size_t views = 0;
+  MEMORY_BASIC_INFORMATION region{};
+  for (const char* at = nullptr; VirtualQuery(at, &region, sizeof(region)) == sizeof(region);
+       at = static_cast<const char*>(region.BaseAddress) + region.RegionSize) {
+    views += region.Type == MEM_MAPPED && region.BaseAddress == region.AllocationBase ? 1 : 0;
+  }
+  return views;
+}
+
+void checkHandles(const Options& options) {
+  constexpr int kRepeats = 1000;
+  Detector detector = prepare(options, "waveform-handles", kEdges, 123456789, Setup::Measured);
+  const LONG points[] = {aioPoints(detector), aioPoints(detector), masPoints(detector)};
+  std::wstring first[3], text;
+  std::optional<std::size_t> handlesBefore, handlesAfter;
+  std::size_t viewsBefore = 0, viewsAfter = 0, differing = 0;
+  HRESULT hr = S_OK;
+  driveModal(
+      options, "waveform-handles", [] {},
+      [&] {
+        // One download of each first: what the system sets up once is there before counting.
+        for (int i = 0; i < 3 && SUCCEEDED(hr); ++i)
+          hr = callMember(detector.instrument.get(), static_cast<Member>(i), 100, points[i], first[i]);
+        handlesBefore = openHandles();
+        viewsBefore = mappedViews();
+        for (int n = 0; n < kRepeats && SUCCEEDED(hr); ++n) {
+          hr = callMember(detector.instrument.get(), static_cast<Member>(n % 3), 100, points[n % 3], text);
+          differing += text != first[n % 3] ? 1 : 0;
+        }
+        handlesAfter = openHandles();
+        viewsAfter = mappedViews();
+        return hr;
+      },
+      "the downloads");
+  close(detector);
+  expect(handlesBefore && handlesAfter, "the system handle list cannot be read");
+  std::printf("open handles: %zu before, %zu after %d downloads; mapped views: %zu before, %zu after\n",
+              *handlesBefore, *handlesAfter, kRepeats, viewsBefore, viewsAfter);
+  expect(!first[0].empty() && !first[2].empty() && differing == 0,
+         std::to_string(differing) + " downloads gave another text than the first of their member");
+  // A system thread may hold a handle for a moment; a leak is one per download.
+  expect(*handlesAfter <= *handlesBefore + 10 && viewsAfter <= viewsBefore,
+         "the downloads left handles open or views mapped");
+}
+
+}  // namespace
+
+std::vector<Check> waveformChecks() {
+  return {
+      {"waveforms",
+       "both waveform texts equal the platform's conversion value by value, decimal point and comma",
+       checkDownloads},
+      {"waveform-boxes", "each refused download: its critical box and caption, for both members; no text",
+       checkRefusals},
+      {"waveform-handles", "1000 downloads leave no handle open and no view mapped", checkHandles},
+  };
+}
+
+}  // namespace rx9400::e2e
