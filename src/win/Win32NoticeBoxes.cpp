@@ -1,6 +1,8 @@
-// The plug-in's own modeless notice box.
+// The plug-in's notice boxes: the MsgForm server's form when it is registered, else the plug-in's own
+// modeless box.
 #include "win/Win32NoticeBoxes.h"
 
+#include "win/MsgFormClient.h"
 #include "win/MsgFormWindow.h"
 #include "win/Win32Platform.h"
 
@@ -36,6 +38,7 @@ void unregisterNoticeBoxClass() {
 
 std::unique_ptr<NoticeBox> Win32NoticeBoxes::create(std::function<void()> onButton1,
                                                     std::function<void()> onButton2) {
+  if (std::unique_ptr<NoticeBox> box = createMsgFormBox(onButton1, onButton2)) return box;
   return std::make_unique<Win32NoticeBox>(std::move(onButton1), std::move(onButton2));
 }
 
