@@ -125,6 +125,9 @@ host() {
     run_wine 120 "$bin/rx9400-testhost.exe" "--scenarios=$(windows_path tests/e2e/scenarios)" --limit=60 "$@"
 }
 host "" "--artifacts=$(windows_path "$session")" classes connection-points event-typeinfo dispatch-names unload
+# The MsgForm server: the host registers and removes it itself; this removal is for a host that ended early.
+host "" "--artifacts=$(windows_path "$session")" msgform-registration msgform-events msgform-sleep
+run_wine 30 "$bin/MsgForm.exe" /UnregServer
 
 # The demo, its dialogs picked by rx9400-automate from another process, prints every kind's values, then
 # connects the all-in-one detector alone and prints the beginning of both its waveforms.
