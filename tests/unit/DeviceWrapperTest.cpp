@@ -14,29 +14,20 @@ namespace {
 
 using testing::Simulator;
 
-/// Scans and connects every detector of the scenario; returns their records, AIO+mAs first.
-std::vector<DetectorInfo> connectAll(MBdllFunctions& library) {
-  library.MBRegisterApplication(1);
-  library.MBScanForDetectors();
-  for (int polls = 0; library.MBGetScanCompleteStatus() == 1 && polls < 100;) ++polls;
-  std::vector<DetectorInfo> found;
-  std::vector<std::int32_t> identifiers;
-  std::vector<std::uint8_t> types;
-  for (const std::int32_t type : {4, 3}) {
-    for (const auto& info : library.MBGetDetectorInfoOfType(type, library.MBGetNumberOfDetectors(type))) {
-      found.push_back(info);
-      identifiers.push_back(info.identifier);
-      types.push_back(static_cast<std::uint8_t>(type));
-    }
+/// Connects the default scenario's detectors; answers the identifier of the one of `kind`.
+std::int32_t connectedOfKind(MBdllFunctions& library, std::int32_t kind) {
+  const auto connected = testing::connectAllDetectors(library);
+  for (std::size_t i = 0; i < connected.kinds.size(); ++i) {
+    if (connected.kinds[i] == kind) return connected.found[i].identifier;
   }
-  EXPECT_NE(library.MBConnectToDetectors(identifiers, types), 0);
-  return found;
+  ADD_FAILURE() << "no detector of kind " << kind;
+  return 0;
 }
 
 TEST(DeviceWrapper, ConstantArgumentsReachTheLibraryAsItExpectsThem) {
   Simulator simulator;
   MBdllFunctions& library = simulator.library();
-  const std::int32_t id = connectAll(library).front().identifier;
+  const std::int32_t id = connectedOfKind(library, 4);
   simulator.clearCalls();
 
   library.MBGetBatteryStatus(id);
@@ -63,7 +54,7 @@ TEST(DeviceWrapper, ConstantArgumentsReachTheLibraryAsItExpectsThem) {
 TEST(DeviceWrapper, TheSettingsRecordReachesTheDetectorByteForByte) {
   Simulator simulator;
   MBdllFunctions& library = simulator.library();
-  const std::int32_t id = connectAll(library).front().identifier;
+  const std::int32_t id = connectedOfKind(library, 4);
   MeasurementSettings settings{};
   settings.doseUnit = 2;
   settings.doseRateUnit = 3;
@@ -81,7 +72,7 @@ TEST(DeviceWrapper, TheSettingsRecordReachesTheDetectorByteForByte) {
 TEST(DeviceWrapper, TargetFilterListsNeverExceedTheRoomGivenNorWhatTheLibraryWrote) {
   Simulator simulator;
   MBdllFunctions& library = simulator.library();
-  const std::int32_t id = connectAll(library).front().identifier;
+  const std::int32_t id = connectedOfKind(library, 4);
   const std::int32_t valid = library.MBGetNumberOfValidTargetFilters(id);
   ASSERT_GE(valid, 2) << "the default all-in-one detector offers several target/filter combinations";
 
@@ -104,8 +95,7 @@ TEST(DeviceWrapper, TargetFilterListsNeverExceedTheRoomGivenNorWhatTheLibraryWro
 TEST(DeviceWrapper, AFullLengthChamberNameArrivesWithItsFifteenCharactersOnly) {
   Simulator simulator;
   MBdllFunctions& library = simulator.library();
-  const auto detectors = connectAll(library);
-  const std::int32_t dosimeter = detectors.back().identifier;
+  const std::int32_t dosimeter = connectedOfKind(library, 3);
   ChamberName name{};
   std::memcpy(name.data(), "ABCDEFGHIJKLMNO", 15);  // exactly fifteen characters, no terminator
   const std::int16_t chamber = library.MBAddNewIonChamber(dosimeter, name);

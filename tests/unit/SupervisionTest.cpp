@@ -173,8 +173,8 @@ TEST_F(Supervision, AButtonPressedFromTheDownloadsPumpLeavesBothWhole) {
   platform.clock.now += 100000;
   instrument->CheckDetectorPowerStatus(5000, 900000);
   ASSERT_EQ(notices(), (std::vector<std::string>{"Detector Sleep"}));
-  pump.pumps = 0;
-  pump.nested = [&] { platform.notices.boxes[0]->onButton1(); };
+  platform.pump.pumps = 0;
+  platform.pump.nested = [&] { platform.notices.boxes[0]->onButton1(); };
   EXPECT_EQ(instrument->GetWaveformInSecs(0, 10, 100, 2), alone);
   EXPECT_EQ(notices(), (std::vector<std::string>{"Detector Sleep closed"}));
   EXPECT_EQ(context->state.alerts[0].sleeping, kVBFalse);

@@ -158,13 +158,13 @@ TEST_F(Waveforms, TheMasWaveformComesInBlocksOf26EachValueAfterAComma) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.points);
     start(mas(102, c.points, 200));
-    const int pumped = pump.pumps;
+    const int pumped = platform.pump.pumps;
     const std::string text = instrument->GetWaveformInSecs(0, 10, 100, 2);
     const std::vector<std::string> reads = callsOf("MBGetmAsWaveFormDataPoints");
     ASSERT_FALSE(reads.empty());
     EXPECT_EQ(reads.back().rfind("MBGetmAsWaveFormDataPoints" + std::string(c.lastRead), 0), 0U)
         << reads.back();
-    EXPECT_EQ(pump.pumps - pumped, c.blocks);
+    EXPECT_EQ(platform.pump.pumps - pumped, c.blocks);
     EXPECT_EQ(text[0], ',');
     EXPECT_EQ(values(text) - 1, static_cast<std::size_t>(c.points / c.step));
     EXPECT_NEAR(instrument->pResolution(), static_cast<float>(c.points / c.step) / 200, 1e-4);
@@ -192,8 +192,8 @@ TEST_F(Waveforms, AMemberCalledFromThePumpLeavesTheOuterTransferWhole) {
   start(mas(102, 100) + "," + aio(101, points(40)));
   const std::string alone = instrument->GetWaveformInSecs(0, 10, 100, 2);
   std::string nestedText;
-  pump.pumps = 0;
-  pump.nested = [&] { nestedText = instrument->GetWaveformInSecs(0, 10, 100, 2); };
+  platform.pump.pumps = 0;
+  platform.pump.nested = [&] { nestedText = instrument->GetWaveformInSecs(0, 10, 100, 2); };
   EXPECT_EQ(instrument->GetWaveformInSecs(0, 10, 100, 2), alone);
   EXPECT_EQ(nestedText, alone);
 }

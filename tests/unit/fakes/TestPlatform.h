@@ -29,13 +29,11 @@ struct RecordingTraceSink final : TraceSink {
   }
 };
 
+/// No executive settings: dialogs are placed in the topmost band only when a caller asks.
 struct NoRegistry final : Registry {
-  std::optional<std::int32_t> topmostSetting;
-  std::optional<Key> openLocalMachineKey(std::string_view) override {
-    return topmostSetting ? std::optional<Key>(1) : std::nullopt;
-  }
-  std::optional<ValueInfo> queryValueInfo(Key, std::string_view) override { return ValueInfo{kDwordType, 4}; }
-  std::optional<std::int32_t> queryDword(Key, std::string_view) override { return topmostSetting; }
+  std::optional<Key> openLocalMachineKey(std::string_view) override { return std::nullopt; }
+  std::optional<ValueInfo> queryValueInfo(Key, std::string_view) override { return std::nullopt; }
+  std::optional<std::int32_t> queryDword(Key, std::string_view) override { return std::nullopt; }
 };
 
 struct FakeWindows final : WindowSystem {
@@ -84,9 +82,14 @@ struct FakeMessageBoxes final : MessageBoxes {
   }
 };
 
-struct CountingEventPump final : EventPump {
+/// Counts its pumpings; runs `nested` once, from inside its second pumping (a call arriving while the
+/// plug-in waits).
+struct TestPump final : EventPump {
+  std::function<void()> nested;
   int pumps = 0;
-  void pumpEvents() override { ++pumps; }
+  void pumpEvents() override {
+    if (++pumps == 2 && nested) nested();
+  }
 };
 
 struct ManualClock final : Clock {
@@ -94,38 +97,12 @@ struct ManualClock final : Clock {
   std::uint32_t milliseconds() override { return now; }
 };
 
-/// A locale with a chosen decimal separator and Latin-1 as its code page.
+/// A locale with a chosen decimal separator whose code page is UTF-8.
 struct FixedLocale final : Locale {
   std::string separator = ".";
   std::string decimalSeparator() override { return separator; }
-  std::string toAnsi(const std::string& text) override {
-    std::string bytes;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-      const auto c = static_cast<unsigned char>(text[i]);
-      if (c < 0x80) {
-        bytes.push_back(static_cast<char>(c));
-      } else if ((c & 0xE0) == 0xC0 && i + 1 < text.size()) {
-        bytes.push_back(
-            static_cast<char>(((c & 0x1F) << 6) | (static_cast<unsigned char>(text[++i]) & 0x3F)));
-      } else {
-        bytes.push_back('?');
-      }
-    }
-    return bytes;
-  }
-  std::string fromAnsi(const std::string& bytes) override {
-    std::string text;
-    for (const char b : bytes) {
-      const auto c = static_cast<unsigned char>(b);
-      if (c < 0x80) {
-        text.push_back(b);
-      } else {
-        text.push_back(static_cast<char>(0xC0 | (c >> 6)));
-        text.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-      }
-    }
-    return text;
-  }
+  std::string toAnsi(const std::string& text) override { return text; }
+  std::string fromAnsi(const std::string& bytes) override { return bytes; }
 };
 
 /// Notice boxes that record what they showed; a test presses their buttons. The records outlive the
@@ -281,16 +258,8 @@ class ScriptedZeroErrorView final : public ScriptedView<ZeroErrorDialogView> {
     hidden_ = false;
     presenter_->load();
     presenter_->activated();
-    switch (answer) {
-      case Answer::Retry:
-        presenter_->retryClicked();
-        break;
-      case Answer::Connect:
-        presenter_->connectClicked();
-        break;
-      case Answer::Close:
-        break;
-    }
+    if (answer == Answer::Retry) presenter_->retryClicked();
+    if (answer == Answer::Connect) presenter_->connectClicked();
   }
   void setDetectorLine(const std::string& line) override { detectorLine = line; }
 
@@ -321,7 +290,7 @@ struct TestPlatform {
   FakeDatePicker datePicker;
   FakeSound sound;
   FakeMessageBoxes boxes;
-  CountingEventPump pump;
+  TestPump pump;
   ScriptedDialogs dialogs;
   ManualClock clock;
   FixedLocale locale;
