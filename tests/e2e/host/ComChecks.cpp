@@ -247,8 +247,7 @@ void checkEventTypeInfo(const Options&) {
     events->ReleaseFuncDesc(function);
     BSTR name = nullptr;
     expectHr(events->GetDocumentation(id, &name, nullptr, nullptr, nullptr), S_OK, "GetDocumentation");
-    const std::wstring actual(name, SysStringLen(name));
-    SysFreeString(name);
+    const std::wstring actual = taken(name);
     const auto& [wanted, count] = kEvents[i];
     expect(id == static_cast<MEMBERID>(i + 1) && actual == wanted,
            "event " + std::to_string(i + 1) + " is " + narrow(actual) + " with DISPID " + std::to_string(id));

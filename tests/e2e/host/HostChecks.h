@@ -82,6 +82,8 @@ HWND connectList(HWND connect);
 /// shown is unexpected: pictured (<check>-unexpected-N), closed and named in the failure.
 void driveModal(const Options& options, const char* check, const std::function<void()>& script,
                 const std::function<HRESULT()>& call, const char* callName);
+/// The instrument class, created by ProgID, with `pCurrentMode` set to `mode`.
+ComPtr<_CRX9400VTI> instrumentIn(const wchar_t* mode);
 /// ScanAndConnectToDetector with every listed row ticked and Connect pressed.
 void connectAll(const Options& options, const char* check, Session& session);
 

@@ -228,6 +228,15 @@ void driveModal(const Options& options, const char* check, const std::function<v
   expectHr(result, S_OK, callName);
 }
 
+ComPtr<_CRX9400VTI> instrumentIn(const wchar_t* mode) {
+  auto instrument = createByProgId<_CRX9400VTI>(kInstrumentProgId, IID__CRX9400VTI);
+  BSTR text = SysAllocString(mode);
+  const HRESULT hr = instrument->put_pCurrentMode(text);
+  SysFreeString(text);
+  expectHr(hr, S_OK, "pCurrentMode");
+  return instrument;
+}
+
 void connectAll(const Options& options, const char* check, Session& session) {
   driveModal(
       options, check,

@@ -35,17 +35,9 @@ HRESULT callMember(_CRX9400VTI* instrument, Member member, float rMax, LONG poin
       member == Member::MilliSec
           ? instrument->GetWaveformInMilliSec(0, rMax, points, &result)
           : instrument->GetWaveformInSecs(0, rMax, points, member == Member::Secs ? 1 : 2, &result);
-  text.assign(result != nullptr ? result : L"", result != nullptr ? SysStringLen(result) : 0);
-  SysFreeString(result);
+  text = taken(result);
   return hr;
 }
-
-/// Where a waveform check starts from.
-enum class Setup {
-  Reset,      ///< ResetTheDetectors: the plug-in's table is one empty slot (identifier 0)
-  Connected,  ///< the scenario's detector connected through the connect dialog, nothing measured
-  Measured,   ///< and its exposure measured: armed, CheckDataStatus until every part has delivered
-};
 
 struct Detector {
   Session session;
@@ -53,20 +45,14 @@ struct Detector {
   std::int32_t id = 0;
 };
 
+/// The scenario's detector connected through the connect dialog; when `measured`, its exposure measured
+/// too: armed, and CheckDataStatus called until every part has delivered.
 Detector prepare(const Options& options, const char* check, const wchar_t* scenario, std::int32_t id,
-                 Setup setup) {
+                 bool measured) {
   Detector detector{openSession(options, scenario), {}, id};
-  if (setup == Setup::Reset) {
-    expectHr(detector.session.query->ResetTheDetectors(), S_OK, "ResetTheDetectors");
-  } else {
-    connectAll(options, check, detector.session);
-  }
-  detector.instrument = createByProgId<_CRX9400VTI>(kInstrumentProgId, IID__CRX9400VTI);
-  BSTR mode = SysAllocString(L"RADIO");
-  const HRESULT modeSet = detector.instrument->put_pCurrentMode(mode);
-  SysFreeString(mode);
-  expectHr(modeSet, S_OK, "pCurrentMode");
-  if (setup != Setup::Measured) return detector;
+  connectAll(options, check, detector.session);
+  detector.instrument = instrumentIn(L"RADIO");
+  if (!measured) return detector;
 
   const auto state =
       exportOf<decltype(&SimGetDetectorState)>(detector.session.simulator, "SimGetDetectorState");
@@ -143,9 +129,7 @@ std::vector<std::int32_t> masSamples(const Detector& detector, std::int32_t coun
 std::wstring platformText(double value) {
   BSTR text = nullptr;
   expectHr(VarBstrFromR8(value, LOCALE_USER_DEFAULT, 0, &text), S_OK, "VarBstrFromR8");
-  std::wstring result(text, SysStringLen(text));
-  SysFreeString(text);
-  return result;
+  return taken(text);
 }
 
 /// Each value as the platform writes it, "," made ".": k/10 for the all-in-one detector; for the mAs
@@ -206,11 +190,6 @@ class UserDecimalSeparator {
   wchar_t previous_[8] = L".";
 };
 
-/// Adds "`what`: why" to the failures noted so far.
-void note(std::string& why, const std::string& what, const CheckFailure& failure) {
-  why += (why.empty() ? "" : "; ") + what + ": " + failure.why;
-}
-
 constexpr std::int32_t kWholeRecording = -1;
 
 /// An exposure, measured afresh under each decimal separator, whose recordings each member downloads
@@ -254,32 +233,26 @@ void checkDownloads(const Options& options) {
   for (const Recording& row : kRecordings) {
     for (const wchar_t* separator : {L".", L","}) {
       const std::string what = narrow(row.scenario) + " (decimal \"" + narrow(separator) + "\")";
-      try {
+      attempt(why, what, [&] {
         const UserDecimalSeparator decimal(separator);
-        Detector detector = prepare(options, "waveforms", row.scenario, row.id, Setup::Measured);
-        for (const Member member : {Member::MilliSec, Member::Secs, Member::SecsMas}) {
-          try {
-            download(options, detector, member, row.masValues);
-          } catch (const CheckFailure& failure) {
-            note(why, what + " " + memberName(member), failure);
-          }
-        }
+        Detector detector = prepare(options, "waveforms", row.scenario, row.id, true);
+        for (const Member member : {Member::MilliSec, Member::Secs, Member::SecsMas})
+          attempt(why, what + " " + memberName(member),
+                  [&] { download(options, detector, member, row.masValues); });
         close(detector);
-      } catch (const CheckFailure& failure) {
-        note(why, what, failure);
-      }
+      });
     }
   }
   expect(why.empty(), why);
 }
 
-/// A download the plug-in refuses with a critical box, its text empty.
+/// A download the plug-in refuses with a critical box, its text empty: a detector without a recording,
+/// whose refusal shows both members' captions, and the refusals of the platform's shared memory.
 struct Refusal {
   const char* name;  ///< in the pictures' names
   const wchar_t* scenario;
   std::int32_t id;
-  Setup setup;
-  float rMax;
+  bool measured;
   LONG points;
   const wchar_t* milliSecCaption;  ///< every box of GetWaveformInSecs is "Tamsa RX9400 Plug-In Response"
   const wchar_t* text;
@@ -289,16 +262,10 @@ struct Refusal {
 const wchar_t kEdges[] = L"waveform-edges.json";
 // clang-format off
 const Refusal kRefusals[] = {
-    {"slot-0", kEdges, 123456789, Setup::Reset, 100, 23, L"Invalid Serial Number", L"0 is not a valid serial number.", true},
-    {"points-0", kEdges, 123456789, Setup::Connected, 100, 0, L"Invalid Number Of Data Points",
-     L"Invalid number of data points to download.", true},
-    {"end-time-0", kEdges, 123456789, Setup::Connected, 0, 23, L"Invalid Exposure End Time",
-     L"Exposure end time should be greater than 0.", true},
-    {"no-data-points", kEdges, 123456789, Setup::Connected, 100, 23, L"No Data Points",
-     L"No data points found to download.", true},
-    {"section-missing", L"waveform-section-missing.json", 606, Setup::Measured, 100, 300, L"Open File Mapping Error",
+    {"no-data-points", kEdges, 123456789, false, 23, L"No Data Points", L"No data points found to download.", true},
+    {"section-missing", L"waveform-section-missing.json", 606, true, 300, L"Open File Mapping Error",
      L"Error in open file mapping.", false},
-    {"short-section", L"waveform-short-section.json", 607, Setup::Measured, 100, 3000, L"Map View File Error",
+    {"short-section", L"waveform-short-section.json", 607, true, 3000, L"Map View File Error",
      L"Error in map view file.", false},
 };
 // clang-format on
@@ -306,33 +273,29 @@ const Refusal kRefusals[] = {
 void checkRefusals(const Options& options) {
   std::string why;
   for (const Refusal& row : kRefusals) {
-    try {
-      Detector detector = prepare(options, "waveform-boxes", row.scenario, row.id, row.setup);
+    attempt(why, row.name, [&] {
+      Detector detector = prepare(options, "waveform-boxes", row.scenario, row.id, row.measured);
       for (const Member member : {Member::MilliSec, Member::Secs, Member::SecsMas}) {
         if (member == Member::SecsMas && !row.masToo) continue;
         const std::wstring caption =
             member == Member::MilliSec ? row.milliSecCaption : L"Tamsa RX9400 Plug-In Response";
         const char* const suffixes[] = {"-ms", "-s", "-mas"};
         const std::string picture = std::string("waveform-") + row.name + suffixes[static_cast<int>(member)];
-        std::wstring text = L"(none)";
-        try {
+        attempt(why, std::string(row.name) + " " + memberName(member), [&] {
+          std::wstring text = L"(none)";
           driveModal(
               options, "waveform-boxes",
               [&] {
                 answerMessageBox(options, picture, waitForBox("during " + memberName(member)), caption,
                                  row.text, Shown{false});
               },
-              [&] { return callMember(detector.instrument.get(), member, row.rMax, row.points, text); },
+              [&] { return callMember(detector.instrument.get(), member, 100, row.points, text); },
               memberName(member).c_str());
           expect(text.empty(), "the text is " + quoted(text.substr(0, 40)));
-        } catch (const CheckFailure& failure) {
-          note(why, std::string(row.name) + " " + memberName(member), failure);
-        }
+        });
       }
       close(detector);
-    } catch (const CheckFailure& failure) {
-      note(why, row.name, failure);
-    }
+    });
   }
   expect(why.empty(), why);
 }
@@ -380,7 +343,7 @@ std::size_t mappedViews() {
 
 void checkHandles(const Options& options) {
   constexpr int kRepeats = 1000;
-  Detector detector = prepare(options, "waveform-handles", kEdges, 123456789, Setup::Measured);
+  Detector detector = prepare(options, "waveform-handles", kEdges, 123456789, true);
   const LONG points[] = {aioPoints(detector), aioPoints(detector), masPoints(detector)};
   std::wstring first[3], text;
   std::optional<std::size_t> handlesBefore, handlesAfter;
