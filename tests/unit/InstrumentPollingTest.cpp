@@ -102,7 +102,10 @@ TEST_F(Polling, TheMasMeterGivesDosePerMasOnlyBesideADoseMeasurement) {
   start(detector(101, 4, R"("exposures": [{}], "mas": {"exposures": [{"mA": 200, "mAs": 20}]})"));
   ASSERT_GT(pollUntilFinished(), 0);
   EXPECT_EQ(events.testMas, (std::vector<std::string>{"200", "20", "1", "0.0617"}));
-  EXPECT_EQ(std::count(events.events.begin(), events.events.end(), "CheckExposureWaveform 3"), 1);
+  EXPECT_EQ(events.events, (std::vector<std::string>{
+                               "EnableStopButton False", "DataReady", "TestmAsDataReady",
+                               "EnableStopButton False", "CheckExposureWaveform 1", "IncrementWaveCount",
+                               "EnableStopButton False", "CheckExposureWaveform 3", "IncrementWaveCount"}));
 
   for (const auto& [scenarioDetector, name] :
        {std::pair{detector(201, 2, R"("mas": {"exposures": [{"mAs": 20}]})"), "an mAs meter alone"},
