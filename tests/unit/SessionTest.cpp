@@ -66,6 +66,13 @@ TEST_F(Session, ADosimeterOnlyScanCountsZeroZeroOneZeroZeroAndListsOnlyTheDosime
   ASSERT_EQ(platform.dialogs.connect->rows.size(), 1u);
   EXPECT_EQ(platform.dialogs.connect->rows[0].kind, "DOSE");
   EXPECT_EQ(platform.dialogs.connect->rows[0].serialNumber, "1305");
+
+  start(scenario(kAio + "," + R"({"identifier": 102, "typeCode": 1})"));
+  platform.dialogs.connect->showings = 0;
+  session->ScanAndConnectToDetector();
+  EXPECT_EQ(platform.dialogs.connect->showings, 1) << "all-in-one detectors alone are listed too";
+  EXPECT_EQ(platform.dialogs.connect->rows.size(), 2u);
+  EXPECT_TRUE(platform.boxes.shown.empty());
 }
 
 TEST_F(Session, TheScanDialogStartsTheScanOnceAndPollsUntilTheLibrarySaysDone) {
@@ -94,25 +101,25 @@ TEST_F(Session, ALibraryWhoseFirstPollIsNotOneClosesTheScanAfterOneTick) {
   EXPECT_EQ(platform.dialogs.scan->ticks, 1);
 }
 
-TEST_F(Session, AStoppedScanConnectsNothingAndShowsNothing) {
-  start(scenario(kAio, R"({"pollsUntilComplete": 50})"));
-  context->state.resetDetectors();
-  platform.dialogs.scan->stopAfterTicks = 2;
-  session->ScanAndConnectToDetector();
-  EXPECT_TRUE(session->resetFlag());
-  EXPECT_EQ(calls("MBStopScanningAndReset("), 1);
-  EXPECT_EQ(calls("MBGetNumberOfDetectors("), 0);
-  EXPECT_EQ(platform.dialogs.connect->showings, 0);
-  EXPECT_TRUE(platform.boxes.shown.empty());
-  EXPECT_EQ(context->state.slotCount(), 1u);
-}
-
-TEST_F(Session, AnAllInOneOnlyScanStillShowsTheConnectDialogOnce) {
-  start(scenario(kAio + "," + R"({"identifier": 102, "typeCode": 1})"));
-  session->ScanAndConnectToDetector();
-  EXPECT_EQ(platform.dialogs.connect->showings, 1);
-  EXPECT_EQ(platform.dialogs.connect->rows.size(), 2u);
-  EXPECT_TRUE(platform.boxes.shown.empty());
+TEST_F(Session, StopInTheScanAndCancelInTheConnectDialogStopTheLibraryAndConnectNothing) {
+  for (const bool stop : {true, false}) {
+    SCOPED_TRACE(stop ? "Stop" : "Cancel");
+    platform = TestPlatform();
+    start(scenario(kAio, stop ? R"({"pollsUntilComplete": 50})" : R"({"pollsUntilComplete": 3})"));
+    context->state.resetDetectors();
+    platform.dialogs.scan->stopAfterTicks = stop ? 2 : -1;
+    platform.dialogs.connect->scripts.push_back(
+        [](ConnectDialog& dialog, ScriptedConnectView&) { dialog.cancelClicked(); });
+    session->ScanAndConnectToDetector();
+    EXPECT_EQ(session->resetFlag(), stop);
+    EXPECT_EQ(calls("MBStopScanningAndReset("), 1);
+    EXPECT_EQ(calls("MBGetNumberOfDetectors("), stop ? 0 : 5);
+    EXPECT_EQ(calls("MBConnectToDetectors("), 0);
+    EXPECT_EQ(platform.dialogs.connect->showings, stop ? 0 : 1);
+    EXPECT_TRUE(platform.boxes.shown.empty());
+    EXPECT_EQ(context->state.slotCount(), 1u);
+    EXPECT_FALSE(session->IsDetectorConnected());
+  }
 }
 
 TEST_F(Session, NoDetectorFoundSaysSoWithIndentedSuggestions) {
@@ -190,17 +197,6 @@ TEST_F(Session, ConnectRefusalsKeepTheDialogOpenAndConnectNothing) {
     EXPECT_EQ(context->state.identifierAt(0), 0);
     EXPECT_TRUE(platform.sound.calls.empty());
   }
-}
-
-TEST_F(Session, CancelStopsTheLibraryAndConnectsNothing) {
-  start(scenario(kAio));
-  context->state.resetDetectors();
-  platform.dialogs.connect->scripts.push_back(
-      [](ConnectDialog& dialog, ScriptedConnectView&) { dialog.cancelClicked(); });
-  session->ScanAndConnectToDetector();
-  EXPECT_EQ(calls("MBStopScanningAndReset("), 1);
-  EXPECT_EQ(calls("MBConnectToDetectors("), 0);
-  EXPECT_FALSE(session->IsDetectorConnected());
 }
 
 TEST_F(Session, TheChosenRowShowsDatesAndVersionsAndAnEmptyChoiceShowsNone) {
