@@ -75,21 +75,16 @@ class FakeWindows final : public WindowSystem {
   }
 };
 
-TEST(Placement, ThePointerGoesToTheCentreWithHalvesTruncated) {
+TEST(Placement, ThePointerGoesToTheCentreWithHalvesTruncatedAndATopmostDialogKeepsItsPlaceAndSize) {
   FakeWindows windows;
   windows.rects[1] = {10, 20, 111, 71};      // 101 x 51
   windows.rects[2] = {-301, -40, -200, -9};  // on a monitor left of the primary one
+  windows.rects[7] = {100, 50, 500, 350};
   centreCursorOn(windows, 1);
   centreCursorOn(windows, 2);
   centreCursorOn(windows, 3);  // no such window: nothing moves
-  EXPECT_EQ(windows.calls, (std::vector<std::vector<int>>{{60, 45}, {-251, -25}}));
-}
-
-TEST(Placement, ATopmostDialogKeepsItsPlaceAndSize) {
-  FakeWindows windows;
-  windows.rects[7] = {100, 50, 500, 350};
   makeTopmost(windows, 7);
-  EXPECT_EQ(windows.calls, (std::vector<std::vector<int>>{{7, 100, 50, 400, 300}}));
+  EXPECT_EQ(windows.calls, (std::vector<std::vector<int>>{{60, 45}, {-251, -25}, {7, 100, 50, 400, 300}}));
 }
 
 }  // namespace

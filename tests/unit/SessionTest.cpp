@@ -237,11 +237,12 @@ TEST(CalibrationDates, FebruaryPastThe28thIsJudgedByTheFirstOfMarchOfTheNextYear
 }
 
 TEST_F(Session, TheCalibrationReportNamesOverdueDetectorsAndInvalidTargetFilters) {
-  const std::string filters = "Target/Filter: Rh/Rh Invalid\n";
-  const std::string last = "Target/Filter: Mo/Al Invalid";
-  const std::string dates = "Calibration Date: 29/02/2024\n";
-  const std::string dueDates = "Calibration Due Date: 28/02/2025\n";
-  const std::string in18(18, ' ');
+  const std::string filters = "Target/Filter: Rh/Rh Invalid\n", last = "Target/Filter: Mo/Al Invalid";
+  const std::string dates = "Calibration Date: 29/02/2024\n", due = "Calibration Due Date: 28/02/2025\n";
+  const std::string in5(5, ' '), in18(18, ' '), in21(21, ' ');
+  const std::string inDate = "RX 9400WD \n   " + dates + "   " + due + in5 + filters + in5 + last;
+  const std::string overdue =
+      "RX 9400WD detector calibration over due.\n" + in18 + dates + in18 + due + in21 + filters + in21 + last;
   const struct {
     const char* name;
     bool invalidFilters;
@@ -249,17 +250,8 @@ TEST_F(Session, TheCalibrationReportNamesOverdueDetectorsAndInvalidTargetFilters
     CalDate calibration;
     std::string text;  ///< empty: no box
   } cases[] = {
-      {"in date: February's rule gives until 1 March",
-       true,
-       {2025, 3, 1},
-       {29, 2, 2024},
-       "RX 9400WD \n   " + dates + "   " + dueDates + "     " + filters + "     " + last},
-      {"overdue",
-       true,
-       {2025, 3, 2},
-       {29, 2, 2024},
-       "RX 9400WD detector calibration over due.\n" + in18 + dates + in18 + dueDates + in18 + "   " +
-           filters + in18 + "   " + last},
+      {"in date: February's rule gives until 1 March", true, {2025, 3, 1}, {29, 2, 2024}, inDate},
+      {"overdue", true, {2025, 3, 2}, {29, 2, 2024}, overdue},
       {"in date, filters valid", false, {2025, 3, 1}, {29, 2, 2024}, ""},
       {"no calendar date, filters valid", false, {2030, 1, 1}, {0, 0, 0}, ""},
       {"31 April", true, {2030, 1, 1}, {31, 4, 2024}, "RX 9400WD \n     " + filters + "     " + last},
