@@ -36,7 +36,6 @@ Function exportOf(HMODULE module, const char* name) {
 
 /// The device library the plug-in loaded into this process; fails when none is.
 HMODULE loadedSimulator();
-std::string simulatorLog(HMODULE simulator);
 /// The argument text of each call of `function` in the simulator's call log, in order.
 std::vector<std::string> calls(HMODULE simulator, const std::string& function);
 SimLibraryState simulatorState(HMODULE simulator);

@@ -42,13 +42,9 @@ HMODULE loadedSimulator() {
   return simulator;
 }
 
-std::string simulatorLog(HMODULE simulator) {
-  return wholeText(simulator, "SimGetCallLog");
-}
-
 std::vector<std::string> calls(HMODULE simulator, const std::string& function) {
   std::vector<std::string> arguments;
-  const std::string log = simulatorLog(simulator), opening = function + "(";
+  const std::string log = wholeText(simulator, "SimGetCallLog"), opening = function + "(";
   for (std::size_t start = 0, end; start < log.size(); start = end + 1) {
     end = std::min(log.find('\n', start), log.size());
     const std::string line = log.substr(start, end - start);

@@ -54,11 +54,9 @@ Detector prepare(const Options& options, const char* check, const wchar_t* scena
   detector.instrument = instrumentIn(L"RADIO");
   if (!measured) return detector;
 
-  const auto state =
-      exportOf<decltype(&SimGetDetectorState)>(detector.session.simulator, "SimGetDetectorState");
   const auto delivered = [&] {
-    SimDetectorState now{};
-    const bool mas = state(id, &now) == 1 && (now.typeCode == 2 || now.typeCode >= 4);
+    const SimDetectorState now = simulatorDetector(detector.session.simulator, id);
+    const bool mas = now.typeCode == 2 || now.typeCode >= 4;
     return now.exposuresDelivered >= 1 && (!mas || now.masExposuresDelivered >= 1);
   };
   expectHr(detector.instrument->EnableMeasurements(VARIANT_TRUE), S_OK, "EnableMeasurements(True)");

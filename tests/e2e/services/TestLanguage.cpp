@@ -21,8 +21,6 @@ using rx9400::win::kLanguageComponentClsid;
 using rx9400::win::kLanguageComponentIid;
 
 HMODULE gModule = nullptr;
-LONG gObjects = 0;
-LONG gLocks = 0;
 
 const wchar_t* const kFailingKey = L"00000::";
 
@@ -45,17 +43,15 @@ std::wstring textOf(BSTR text) {
 /// The first element of a one-dimensional array of Variants as text; empty when there is none.
 std::wstring firstParameter(SAFEARRAY* parameters) {
   if (parameters == nullptr || SafeArrayGetDim(parameters) != 1) return {};
-  LONG lower = 0;
-  LONG upper = -1;
+  LONG lower = 0, upper = -1;
   SafeArrayGetLBound(parameters, 1, &lower);
   SafeArrayGetUBound(parameters, 1, &upper);
   if (upper < lower) return {};
-  VARIANT value;
+  VARIANT value, text;
   VariantInit(&value);
-  if (FAILED(SafeArrayGetElement(parameters, &lower, &value))) return {};
-  VARIANT text;
   VariantInit(&text);
   std::wstring result;
+  if (FAILED(SafeArrayGetElement(parameters, &lower, &value))) return {};
   if (SUCCEEDED(VariantChangeType(&text, &value, 0, VT_BSTR))) result = textOf(V_BSTR(&text));
   VariantClear(&text);
   VariantClear(&value);
@@ -99,8 +95,7 @@ HRESULT translateControl(IDispatch* control) {
 
 class PseudoLanguage final : public rx9400::win::SingleInterface<ILanguageComponent> {
  public:
-  PseudoLanguage() : SingleInterface(kLanguageComponentIid) { InterlockedIncrement(&gObjects); }
-  ~PseudoLanguage() override { InterlockedDecrement(&gObjects); }
+  PseudoLanguage() : SingleInterface(kLanguageComponentIid) {}
 
   // Nobody calls the component late-bound.
   STDMETHODIMP GetTypeInfoCount(UINT* count) override {
@@ -177,10 +172,7 @@ class Factory final : public IClassFactory {
     language->Release();
     return hr;
   }
-  STDMETHODIMP LockServer(BOOL lock) override {
-    lock ? InterlockedIncrement(&gLocks) : InterlockedDecrement(&gLocks);
-    return S_OK;
-  }
+  STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 };
 
 Factory gFactory;
@@ -213,8 +205,9 @@ STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** out) {
   return gFactory.QueryInterface(iid, out);
 }
 
+// Loaded once, the component stays for the life of the process.
 STDAPI DllCanUnloadNow() {
-  return gObjects == 0 && gLocks == 0 ? S_OK : S_FALSE;
+  return S_FALSE;
 }
 
 STDAPI DllRegisterServer() {
