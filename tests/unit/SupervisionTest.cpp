@@ -22,11 +22,11 @@ class Supervision : public ::testing::Test, protected testing::InstrumentRig {
     platform.clock.now = 1000;
     instrument->InitTimer();
   }
-  /// What the test can see of the boxes: each box created, as "caption [closed]".
+  /// What the test can see of the boxes: each box created, as "caption [never shown] [closed]".
   std::vector<std::string> notices() const {
     std::vector<std::string> result;
     for (const auto& box : platform.notices.boxes)
-      result.push_back(box->caption + (box->closed ? " closed" : ""));
+      result.push_back(box->caption + (box->shown ? "" : " never shown") + (box->closed ? " closed" : ""));
     return result;
   }
   std::vector<std::string> powerModes() const { return callsOf("MBSetPowerMode"); }

@@ -137,11 +137,12 @@ struct RecordingNoticeBoxes final : NoticeBoxes {
   }
 };
 
-/// Common parts of the scripted views: captions, title, modal display.
-template <typename Interface>
+/// Common parts of the scripted views: the presenter, captions, title, modal display.
+template <typename Interface, typename Presenter>
 class ScriptedView : public Interface {
  public:
   explicit ScriptedView(std::vector<std::string> designCaptions) : captions_(std::move(designCaptions)) {}
+  void attach(Presenter& presenter) override { presenter_ = &presenter; }
   void hide() override { hidden_ = true; }
   WindowHandle window() override { return 0x1000; }
   WindowHandle focusedControl() override { return 0x1001; }
@@ -159,7 +160,15 @@ class ScriptedView : public Interface {
   bool captionsFail = false;  ///< the translation of the captions fails
 
  protected:
+  /// A showing begins: the presenter loads the dialog.
+  Presenter& open() {
+    ++showings;
+    hidden_ = false;
+    presenter_->load();
+    return *presenter_;
+  }
   bool hidden_ = false;
+  Presenter* presenter_ = nullptr;
 
  private:
   std::vector<std::string> captions_;
@@ -168,15 +177,11 @@ class ScriptedView : public Interface {
 
 /// The scan dialog run by its timer; the user presses Stop after `stopAfterTicks` ticks (never when
 /// negative). A dialog that neither closes nor is stopped fails the test after 1000 ticks.
-class ScriptedScanView final : public ScriptedView<ScanDialogView> {
+class ScriptedScanView final : public ScriptedView<ScanDialogView, ScanDialog> {
  public:
   ScriptedScanView() : ScriptedView({"22413::Scanning...", "22412::Stop"}) {}
-  void attach(ScanDialog& presenter) override { presenter_ = &presenter; }
   void showModal() override {
-    ++showings;
-    hidden_ = false;
-    presenter_->load();
-    presenter_->activated();
+    open().activated();
     for (ticks = 0; !hidden_; ++ticks) {
       if (ticks == stopAfterTicks) {
         presenter_->stopClicked();
@@ -197,22 +202,16 @@ class ScriptedScanView final : public ScriptedView<ScanDialogView> {
   bool timerEnabled = false;
   std::vector<int> intervals;
   std::vector<int> frames;
-
- private:
-  ScanDialog* presenter_ = nullptr;
 };
 
 /// The connect dialog: on each showing, runs the next script (the user's actions) against the
 /// presenter; a showing without a script, or whose script ends with the dialog open, is closed.
-class ScriptedConnectView final : public ScriptedView<ConnectDialogView> {
+class ScriptedConnectView final : public ScriptedView<ConnectDialogView, ConnectDialog> {
  public:
   using Script = std::function<void(ConnectDialog&, ScriptedConnectView&)>;
   ScriptedConnectView() : ScriptedView({"25701::Select Detector(s)", "22407::Connect", "22408::Cancel"}) {}
-  void attach(ConnectDialog& presenter) override { presenter_ = &presenter; }
   void showModal() override {
-    ++showings;
-    hidden_ = false;
-    presenter_->load();
+    open();
     if (!scripts.empty()) {
       Script script = scripts.front();
       scripts.pop_front();
@@ -241,23 +240,16 @@ class ScriptedConnectView final : public ScriptedView<ConnectDialogView> {
   std::vector<bool> ticks;
   DetectorDetails details;
   std::vector<int> radio;
-
- private:
-  ConnectDialog* presenter_ = nullptr;
 };
 
-class ScriptedZeroErrorView final : public ScriptedView<ZeroErrorDialogView> {
+class ScriptedZeroErrorView final : public ScriptedView<ZeroErrorDialogView, ZeroErrorDialog> {
  public:
   enum class Answer { Retry, Connect, Close };
   ScriptedZeroErrorView()
       : ScriptedView(
             {"22418::Retry", "22407::Connect", "22415:: Detector Zero Error.", "22409::Suggestions :"}) {}
-  void attach(ZeroErrorDialog& presenter) override { presenter_ = &presenter; }
   void showModal() override {
-    ++showings;
-    hidden_ = false;
-    presenter_->load();
-    presenter_->activated();
+    open().activated();
     if (answer == Answer::Retry) presenter_->retryClicked();
     if (answer == Answer::Connect) presenter_->connectClicked();
   }
@@ -265,9 +257,6 @@ class ScriptedZeroErrorView final : public ScriptedView<ZeroErrorDialogView> {
 
   Answer answer = Answer::Retry;
   std::string detectorLine;
-
- private:
-  ZeroErrorDialog* presenter_ = nullptr;
 };
 
 /// Hands out the scripted views, which the test configures before the code shows them.
