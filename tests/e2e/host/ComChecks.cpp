@@ -8,7 +8,8 @@
 #include <oleauto.h>
 #include <olectl.h>
 
-#include <cstring>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -59,13 +60,8 @@ const std::pair<const wchar_t*, UINT> kEvents[] = {
 };
 
 std::vector<std::wstring> words(const std::wstring& text) {
-  std::vector<std::wstring> result;
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t end = std::min(text.find(L' ', at), text.size());
-    if (end > at) result.push_back(text.substr(at, end - at));
-    at = end + 1;
-  }
-  return result;
+  std::wistringstream in(text);
+  return {std::istream_iterator<std::wstring, wchar_t>(in), std::istream_iterator<std::wstring, wchar_t>()};
 }
 
 /// A TYPEATTR freed on every way out.
@@ -237,8 +233,7 @@ void checkEventTypeInfo(const Options&) {
     expectHr(events->GetFuncDesc(i, &function), S_OK, "GetFuncDesc");
     const MEMBERID id = function->memid;
     const UINT parameters = static_cast<UINT>(function->cParams);
-    UINT stringReferences = 0;
-    UINT references = 0;
+    UINT stringReferences = 0, references = 0;
     for (UINT p = 0; p < parameters; ++p) {
       const TYPEDESC& type = function->lprgelemdescParam[p].tdesc;
       references += type.vt == VT_PTR ? 1 : 0;

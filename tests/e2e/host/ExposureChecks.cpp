@@ -18,19 +18,11 @@ namespace {
 
 /// The type a sink receives for argument `index` of event `id`, as the events interface declares it.
 VARTYPE declaredType(DISPID id, std::size_t index) {
-  switch (id) {
-    case 5:  // DataReady
-      return VT_BYREF | VT_BSTR;
-    case 6:  // CheckExposureWaveform
-      return VT_UI1;
-    case 7:  // DisplayErrorMsg
-      return index < 2 ? VT_BSTR : VT_BOOL;
-    case 9:   // TestSWDataReady
-    case 10:  // TestmAsDataReady
-      return VT_BSTR;
-    default:
-      return VT_BOOL;
-  }
+  if (id == 5) return VT_BYREF | VT_BSTR;  // DataReady
+  if (id == 6) return VT_UI1;              // CheckExposureWaveform
+  // TestSWDataReady, TestmAsDataReady, and the texts of DisplayErrorMsg
+  if (id == 9 || id == 10 || (id == 7 && index < 2)) return VT_BSTR;
+  return VT_BOOL;
 }
 
 /// An event as one line, Strings in quotes: `DataReady("80.3", ...)`, `EnableStopButton(False)`; an
