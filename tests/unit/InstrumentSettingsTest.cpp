@@ -96,23 +96,19 @@ TEST_F(Settings, AutomaticSettingsOverrideDelayKvAndUnitsWhenSent) {
 
 TEST_F(Settings, ModesAndSetupsUseTheLibrarysCodes) {
   start(kAio);
-  const struct {
-    const char* text;
-    std::int32_t mode;
-  } modes[] = {{"FLUORO", 3}, {"RADIO", 1}, {"MAMMO", 2}, {"DENTAL", 4}, {"fluoro", 1}, {"", 1}};
-  for (const auto& m : modes) {
-    instrument->pCurrentMode(m.text);
+  const std::pair<const char*, std::int32_t> modes[] = {{"FLUORO", 3}, {"RADIO", 1},  {"MAMMO", 2},
+                                                        {"DENTAL", 4}, {"fluoro", 1}, {"", 1}};
+  for (const auto& [text, mode] : modes) {
+    instrument->pCurrentMode(text);
     instrument->ChangeDetectorMode();
-    EXPECT_EQ(simulator->detector(101).detectorMode, m.mode) << m.text;
+    EXPECT_EQ(simulator->detector(101).detectorMode, mode) << text;
   }
-  const struct {
-    const char* text;
-    std::int32_t setup;
-  } setups[] = {{"AUTO", 1}, {"MANUAL", 2}, {"DEFAULT", 2}, {"other", 1}};
-  for (const auto& s : setups) {
-    instrument->pCurrentSettings(s.text);
+  const std::pair<const char*, std::int32_t> setups[] = {
+      {"AUTO", 1}, {"MANUAL", 2}, {"DEFAULT", 2}, {"other", 1}};
+  for (const auto& [text, setup] : setups) {
+    instrument->pCurrentSettings(text);
     instrument->ChangeDetectorSetup();
-    EXPECT_EQ(simulator->detector(101).setup, s.setup) << s.text;
+    EXPECT_EQ(simulator->detector(101).setup, setup) << text;
   }
 }
 
