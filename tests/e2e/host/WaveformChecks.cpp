@@ -143,31 +143,21 @@ std::vector<std::wstring> expectedValues(const std::vector<std::int32_t>& sample
   return values;
 }
 
-/// The first value that differs and how many do; empty when the text is the expected one: "a,b,c", or
-/// ",a,b,c" (every mAs value preceded by a comma).
+/// Empty when the text is the expected one: "a,b,c", or ",a,b,c" (every mAs value preceded by a comma);
+/// else where the first differing value begins and how many values the text holds.
 std::string difference(const std::wstring& text, const std::vector<std::wstring>& expected, bool mas) {
-  std::vector<std::wstring> values(1);
-  for (const wchar_t c : text) {
-    if (c == L',')
-      values.emplace_back();
-    else
-      values.back() += c;
+  std::wstring wanted;
+  for (const std::wstring& value : expected) wanted += (mas || !wanted.empty() ? L"," : L"") + value;
+  if (text == wanted) return {};
+  std::size_t value = 0, at = 0;  // the first differing value, and where it begins
+  for (std::size_t i = 0; i < std::min(text.size(), wanted.size()) && text[i] == wanted[i]; ++i) {
+    value += text[i] == L',' ? 1 : 0;
+    at = text[i] == L',' ? i + 1 : at;
   }
-  if (mas && !values.front().empty())
-    return "the text begins " + quoted(text.substr(0, 20)) + ", not with a comma";
-  if (mas) values.erase(values.begin());
-  if (values.size() != expected.size())
-    return std::to_string(values.size()) + " values, expected " + std::to_string(expected.size());
-  std::size_t differing = 0, first = values.size();
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    if (values[i] == expected[i]) continue;
-    ++differing;
-    first = std::min(first, i);
-  }
-  if (differing == 0) return {};
-  return "value " + std::to_string(first) + " is " + quoted(values[first]) + ", the platform writes " +
-         quoted(expected[first]) + " (" + std::to_string(differing) + " of " + std::to_string(values.size()) +
-         " differ)";
+  const auto values = std::count(text.begin(), text.end(), L',') + (mas ? 0 : 1);
+  return "value " + std::to_string(mas && value > 0 ? value - 1 : value) + " reads " +
+         quoted(text.substr(at, 24)) + ", the platform writes " + quoted(wanted.substr(at, 24)) + " (" +
+         std::to_string(values) + " values, " + std::to_string(expected.size()) + " expected)";
 }
 
 /// The user's decimal separator (as the regional settings set it) for as long as this lives.
