@@ -76,16 +76,12 @@ TEST(DeviceWrapper, TargetFilterListsNeverExceedTheRoomGivenNorWhatTheLibraryWro
   const std::int32_t valid = library.MBGetNumberOfValidTargetFilters(id);
   ASSERT_GE(valid, 2) << "the default all-in-one detector offers several target/filter combinations";
 
-  struct Case {
-    std::int32_t capacity;
-    std::size_t expected;
-  };
-  for (const Case& c :
-       {Case{valid + 5, static_cast<std::size_t>(valid)}, Case{valid, static_cast<std::size_t>(valid)},
-        Case{1, 1u}, Case{0, 0u}, Case{-3, 0u}}) {
-    SCOPED_TRACE("capacity " + std::to_string(c.capacity));
-    const auto names = library.MBGetValidTargetFilters(id, c.capacity);
-    EXPECT_EQ(names.size(), c.expected);
+  const std::pair<std::int32_t, std::int32_t> cases[] = {
+      {valid + 5, valid}, {valid, valid}, {1, 1}, {0, 0}, {-3, 0}};
+  for (const auto& [capacity, expected] : cases) {
+    SCOPED_TRACE("capacity " + std::to_string(capacity));
+    const auto names = library.MBGetValidTargetFilters(id, capacity);
+    EXPECT_EQ(names.size(), static_cast<std::size_t>(expected));
     for (const auto& name : names) EXPECT_NE(name.name[0], '\0');
   }
   const TargetFilterName fallback = library.MBGetDefaultTargetFilter(id);
