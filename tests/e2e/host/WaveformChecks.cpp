@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <optional>
+#include <utility>
 #include <string>
 #include <vector>
 
@@ -178,55 +179,38 @@ class UserDecimalSeparator {
   wchar_t previous_[8] = L".";
 };
 
-constexpr std::int32_t kWholeRecording = -1;
-
 /// An exposure, measured afresh under each decimal separator, whose recordings each member downloads
-/// whole, from 0 to the exposure's end time (the mAs meter last).
-struct Recording {
-  const wchar_t* scenario;
-  std::int32_t id;
-  std::int32_t masValues = kWholeRecording;  ///< how many values the mAs text holds
-};
-
-const Recording kRecordings[] = {
-    {L"waveform-long.json", 604},
-    {L"waveform-edges.json", 123456789},
-    // The link lost after 3 blocks of the mAs download: the text holds the values read before.
-    {L"waveform-mas-link-loss.json", 608, 3 * 26},
-};
+/// whole, from 0 to the exposure's end time (the mAs meter last): a long one, and one with samples at
+/// the ends of the Long range and a section name that needs no padding.
+const std::pair<const wchar_t*, std::int32_t> kRecordings[] = {{L"waveform-long.json", 604},
+                                                               {L"waveform-edges.json", 123456789}};
 
 /// One download, its text compared value by value with the platform's.
-void download(const Options& options, const Detector& detector, Member member, std::int32_t masValues) {
+void download(const Options& options, const Detector& detector, Member member) {
   const bool mas = member == Member::SecsMas;
-  const std::int32_t recorded = mas ? masPoints(detector) : aioPoints(detector);
-  const std::int32_t count = mas && masValues != kWholeRecording ? masValues : recorded;
-  // The mAs samples are read before the call, which may end the detector's link.
-  const std::vector<std::int32_t> before = mas ? masSamples(detector, count) : std::vector<std::int32_t>{};
+  const std::int32_t count = mas ? masPoints(detector) : aioPoints(detector);
   double endTime = 0;
   expectHr(detector.instrument->get_pGetExposureTime(&endTime), S_OK, "pGetExposureTime");
   std::wstring text;
   driveModal(
       options, "waveforms", [] {},
-      [&] {
-        return callMember(detector.instrument.get(), member, static_cast<float>(endTime), recorded, text);
-      },
+      [&] { return callMember(detector.instrument.get(), member, static_cast<float>(endTime), count, text); },
       "the download");
-  const std::string why =
-      difference(text, expectedValues(mas ? before : publishedSamples(detector.id, count), mas), mas);
+  const auto samples = mas ? masSamples(detector, count) : publishedSamples(detector.id, count);
+  const std::string why = difference(text, expectedValues(samples, mas), mas);
   expect(why.empty(), why);
 }
 
 void checkDownloads(const Options& options) {
   std::string why;
-  for (const Recording& row : kRecordings) {
+  for (const auto& [scenario, id] : kRecordings) {
     for (const wchar_t* separator : {L".", L","}) {
-      const std::string what = narrow(row.scenario) + " (decimal \"" + narrow(separator) + "\")";
+      const std::string what = narrow(scenario) + " (decimal \"" + narrow(separator) + "\")";
       attempt(why, what, [&] {
         const UserDecimalSeparator decimal(separator);
-        Detector detector = prepare(options, "waveforms", row.scenario, row.id, true);
+        Detector detector = prepare(options, "waveforms", scenario, id, true);
         for (const Member member : {Member::MilliSec, Member::Secs, Member::SecsMas})
-          attempt(why, what + " " + memberName(member),
-                  [&] { download(options, detector, member, row.masValues); });
+          attempt(why, what + " " + memberName(member), [&] { download(options, detector, member); });
         close(detector);
       });
     }
