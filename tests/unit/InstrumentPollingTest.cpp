@@ -178,7 +178,6 @@ TEST_F(Polling, TheDosimeterReportsItsReadingsInItsUnitsAndItsSensorErrorsOnce) 
                             "dosimeter": {"sensors": {"temperature": 22.5, "pressure": 760, "adcf": 1.0123,
                                                       "biasVoltage": 300}})"));
   ASSERT_GT(pollUntilFinished(), 0);
-  ASSERT_EQ(events.testSw.size(), 7u);
   EXPECT_EQ(events.testSw, (std::vector<std::string>{"22.5", "760", "1.012", "0.010", "2.5", "25", "300.0"}));
 
   events = RecordingEvents();

@@ -4,12 +4,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/PluginContext.h"
@@ -17,10 +20,20 @@
 
 namespace rx9400::testing {
 
+/// The trace viewer: the lines it received. It may not be running, and a send may fail.
 struct RecordingTraceSink final : TraceSink {
   std::vector<std::string> lines;
-  bool findViewer() override { return true; }
-  void send(std::string_view line) override { lines.emplace_back(line); }
+  bool viewerRunning = true;
+  bool failSending = false;  ///< the next send throws
+  int searches = 0;
+  bool findViewer() override {
+    ++searches;
+    return viewerRunning;
+  }
+  void send(std::string_view line) override {
+    if (std::exchange(failSending, false)) throw std::runtime_error("viewer gone");
+    lines.emplace_back(line);
+  }
   bool contains(const std::string& text) const {
     for (const auto& line : lines) {
       if (line.find(text) != std::string::npos) return true;
@@ -29,19 +42,43 @@ struct RecordingTraceSink final : TraceSink {
   }
 };
 
-/// No executive settings: dialogs are placed in the topmost band only when a caller asks.
-struct NoRegistry final : Registry {
-  std::optional<Key> openLocalMachineKey(std::string_view) override { return std::nullopt; }
-  std::optional<ValueInfo> queryValueInfo(Key, std::string_view) override { return std::nullopt; }
-  std::optional<std::int32_t> queryDword(Key, std::string_view) override { return std::nullopt; }
+/// The executive's settings key, missing unless a test gives it; every opening is counted.
+struct FakeRegistry final : Registry {
+  bool keyExists = false;
+  std::optional<ValueInfo> info;
+  std::optional<std::int32_t> dword;
+  int opens = 0;
+  std::optional<Key> openLocalMachineKey(std::string_view subKey) override {
+    ++opens;
+    EXPECT_EQ(subKey, "Software\\Brume\\tamsa\\Executive\\System");
+    return keyExists ? std::optional<Key>(42) : std::nullopt;
+  }
+  std::optional<ValueInfo> queryValueInfo(Key key, std::string_view name) override {
+    EXPECT_EQ(key, 42u);
+    EXPECT_EQ(name, "Test guide settings");
+    return info;
+  }
+  std::optional<std::int32_t> queryDword(Key, std::string_view) override { return dword; }
 };
 
+/// Windows with the given rectangles (the scripted views' window and focused control among them); the
+/// pointer's moves as {x, y} and topmost placements as {window, x, y, width, height}, in order.
 struct FakeWindows final : WindowSystem {
-  std::vector<WindowHandle> topmost;
-  int cursorMoves = 0;
-  std::optional<WindowRect> windowRect(WindowHandle) override { return WindowRect{0, 0, 100, 50}; }
-  void setCursorPosition(int, int) override { ++cursorMoves; }
-  void makeTopmost(WindowHandle window, int, int, int, int) override { topmost.push_back(window); }
+  std::map<WindowHandle, WindowRect> rects{{0x1000, {0, 0, 100, 50}}, {0x1001, {10, 10, 60, 30}}};
+  std::vector<std::vector<int>> calls;
+  std::optional<WindowRect> windowRect(WindowHandle window) override {
+    const auto found = rects.find(window);
+    return found == rects.end() ? std::nullopt : std::optional<WindowRect>(found->second);
+  }
+  void setCursorPosition(int x, int y) override { calls.push_back({x, y}); }
+  void makeTopmost(WindowHandle window, int x, int y, int width, int height) override {
+    calls.push_back({static_cast<int>(window), x, y, width, height});
+  }
+  /// How many calls had `arguments` arguments: 2 for the pointer, 5 for topmost placements.
+  long count(std::size_t arguments) const {
+    return std::count_if(calls.begin(), calls.end(),
+                         [&](const auto& call) { return call.size() == arguments; });
+  }
 };
 
 struct FakeDatePicker final : DatePickerControl {
@@ -274,7 +311,7 @@ struct ScriptedDialogs final : DialogFactory {
 struct TestPlatform {
   DefaultLanguage language;
   RecordingTraceSink trace;
-  NoRegistry registry;
+  FakeRegistry registry;
   FakeWindows windows;
   FakeDatePicker datePicker;
   FakeSound sound;
