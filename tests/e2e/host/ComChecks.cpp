@@ -64,21 +64,14 @@ std::vector<std::wstring> words(const std::wstring& text) {
   return {std::istream_iterator<std::wstring, wchar_t>(in), std::istream_iterator<std::wstring, wchar_t>()};
 }
 
-/// A TYPEATTR freed on every way out.
-class TypeAttributes {
- public:
-  explicit TypeAttributes(ITypeInfo* info) : info_(info) {
-    expectHr(info_->GetTypeAttr(&attributes_), S_OK, "ITypeInfo::GetTypeAttr");
-  }
-  ~TypeAttributes() { info_->ReleaseTypeAttr(attributes_); }
-  TypeAttributes(const TypeAttributes&) = delete;
-  TypeAttributes& operator=(const TypeAttributes&) = delete;
-  const TYPEATTR* operator->() const { return attributes_; }
-
- private:
-  ITypeInfo* info_;
-  TYPEATTR* attributes_ = nullptr;
-};
+/// A copy of a type's TYPEATTR (its pointers are not followed).
+TYPEATTR typeAttributes(ITypeInfo* info) {
+  TYPEATTR* attributes = nullptr;
+  expectHr(info->GetTypeAttr(&attributes), S_OK, "ITypeInfo::GetTypeAttr");
+  const TYPEATTR copy = *attributes;
+  info->ReleaseTypeAttr(attributes);
+  return copy;
+}
 
 std::wstring folderOf(HMODULE module) {
   wchar_t path[MAX_PATH * 2] = {};
@@ -131,9 +124,9 @@ void checkClasses(const Options&) {
              name + " GetGUID(unknown kind)");
     ComPtr<ITypeInfo> coclass;
     expectHr(info->GetClassInfo(coclass.put()), S_OK, name + " GetClassInfo");
-    const TypeAttributes attributes(coclass.get());
-    expect(attributes->typekind == TKIND_COCLASS && IsEqualGUID(attributes->guid, *entry.classId),
-           name + " GetClassInfo describes " + guidText(attributes->guid));
+    const TYPEATTR attributes = typeAttributes(coclass.get());
+    expect(attributes.typekind == TKIND_COCLASS && IsEqualGUID(attributes.guid, *entry.classId),
+           name + " GetClassInfo describes " + guidText(attributes.guid));
   }
 }
 
@@ -212,7 +205,7 @@ void checkEventTypeInfo(const Options&) {
   ComPtr<ITypeInfo> coclass;
   expectHr(instrument->GetClassInfo(coclass.put()), S_OK, "GetClassInfo");
   ComPtr<ITypeInfo> events;
-  for (UINT i = 0; !events && i < TypeAttributes(coclass.get())->cImplTypes; ++i) {
+  for (UINT i = 0; !events && i < typeAttributes(coclass.get()).cImplTypes; ++i) {
     INT flags = 0;
     HREFTYPE reference = 0;
     expectHr(coclass->GetImplTypeFlags(i, &flags), S_OK, "GetImplTypeFlags");
@@ -223,12 +216,12 @@ void checkEventTypeInfo(const Options&) {
     expectHr(coclass->GetRefTypeInfo(reference, events.put()), S_OK, "GetRefTypeInfo");
   }
   expect(static_cast<bool>(events), "the coclass has no default source interface");
-  const TypeAttributes attributes(events.get());
-  expect(attributes->typekind == TKIND_DISPATCH && IsEqualGUID(attributes->guid, DIID___CRX9400VTI),
-         "the default source is " + guidText(attributes->guid));
-  expect(attributes->cFuncs == std::size(kEvents),
-         "the events interface has " + std::to_string(attributes->cFuncs) + " members");
-  for (UINT i = 0; i < attributes->cFuncs; ++i) {
+  const TYPEATTR attributes = typeAttributes(events.get());
+  expect(attributes.typekind == TKIND_DISPATCH && IsEqualGUID(attributes.guid, DIID___CRX9400VTI),
+         "the default source is " + guidText(attributes.guid));
+  expect(attributes.cFuncs == std::size(kEvents),
+         "the events interface has " + std::to_string(attributes.cFuncs) + " members");
+  for (UINT i = 0; i < attributes.cFuncs; ++i) {
     FUNCDESC* function = nullptr;
     expectHr(events->GetFuncDesc(i, &function), S_OK, "GetFuncDesc");
     const MEMBERID id = function->memid;
