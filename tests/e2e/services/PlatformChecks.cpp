@@ -1,7 +1,8 @@
 // The executive's registry setting, the trace channel to the real viewer, and the hidden date picker.
 #include <windows.h>
 
-#include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -61,14 +62,9 @@ std::string recorded(const std::string& bytes) {
 }
 
 void expectRecord(const std::wstring& path, const std::string& expected) {
-  std::string bytes;
-  if (FILE* in = _wfopen(path.c_str(), L"rb")) {
-    char buffer[4096];
-    for (std::size_t read; (read = std::fread(buffer, 1, sizeof(buffer), in)) > 0;)
-      bytes.append(buffer, read);
-    std::fclose(in);
-  }
-  expectText(bytes, expected, "the viewer's record");
+  std::ifstream in(narrow(path), std::ios::binary);
+  expectText({std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()}, expected,
+             "the viewer's record");
 }
 
 BOOL CALLBACK findMarkedWindow(HWND window, LPARAM result) {

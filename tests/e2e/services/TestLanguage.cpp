@@ -150,18 +150,9 @@ class PseudoLanguage final : public rx9400::win::SingleInterface<ILanguageCompon
   }
 };
 
-class Factory final : public IClassFactory {
+class Factory final : public rx9400::win::SingleInterface<IClassFactory> {
  public:
-  STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    *out = nullptr;
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IClassFactory)) return E_NOINTERFACE;
-    *out = static_cast<IClassFactory*>(this);
-    return S_OK;
-  }
-  // The factory is static: it lives as long as the module.
-  STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-  STDMETHODIMP_(ULONG) Release() override { return 1; }
+  Factory() : SingleInterface(IID_IClassFactory) {}
   STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** out) override {
     if (out == nullptr) return E_POINTER;
     *out = nullptr;
@@ -174,8 +165,6 @@ class Factory final : public IClassFactory {
   }
   STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 };
-
-Factory gFactory;
 
 std::wstring classKey() {
   wchar_t id[40] = {};
@@ -202,7 +191,11 @@ STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** out) {
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
   if (!IsEqualCLSID(classId, kLanguageComponentClsid)) return CLASS_E_CLASSNOTAVAILABLE;
-  return gFactory.QueryInterface(iid, out);
+  auto* factory = new (std::nothrow) Factory();
+  if (factory == nullptr) return E_OUTOFMEMORY;
+  const HRESULT hr = factory->QueryInterface(iid, out);
+  factory->Release();
+  return hr;
 }
 
 // Loaded once, the component stays for the life of the process.

@@ -54,12 +54,6 @@ struct RecordingEvents final : InstrumentEvents {
   }
 };
 
-/// Connects every detector of the scenario straight through the library and puts them in the table.
-inline void connectEveryDetector(PluginContext& context) {
-  const ConnectedDetectors connected = connectAllDetectors(context.library);
-  context.state.setConnectedDetectors(connected.found, connected.kinds);
-}
-
 /// An instrument over the simulator with every fake service and every detector connected.
 struct InstrumentRig {
   /// Connects the detectors (JSON objects), sets the mode and arms them, runs their exposures to the end
@@ -71,7 +65,10 @@ struct InstrumentRig {
                                               platform.services());
     instrument = std::make_unique<Instrument>(*context, events);
     context->state.resetDetectors();
-    if (!detectors.empty()) connectEveryDetector(*context);
+    if (!detectors.empty()) {
+      const ConnectedDetectors connected = connectAllDetectors(context->library);
+      context->state.setConnectedDetectors(connected.found, connected.kinds);
+    }
     instrument->pCurrentMode(mode);
     instrument->EnableMeasurements(true);
     MBdllFunctions& library = context->library;
