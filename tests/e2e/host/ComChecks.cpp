@@ -192,11 +192,6 @@ void checkConnectionPoints(const Options&) {
   container.reset();
   instrument.reset();
   expect(sinks[0]->references() == 1, "releasing the instrument did not release its advised sink");
-
-  auto query = createByProgId<IUnknown>(kQueryProgId, IID_IUnknown);
-  ComPtr<IConnectionPointContainer> noContainer;
-  expectHr(query->QueryInterface(IID_IConnectionPointContainer, noContainer.putVoid()), E_NOINTERFACE,
-           "CRX9400Query QueryInterface(IConnectionPointContainer)");
 }
 
 void checkEventTypeInfo(const Options&) {

@@ -151,11 +151,9 @@ void checkTargetFilters(const Options& options) {
   const std::vector<std::string> all = {"\"W/Al\"", "\"Mo/Mo\"", "\"Mo/Rh\"", "\"W/Rh\"", "\"-\"", "\"-\""};
   for (const ULONG size : {4, 6, 2}) {
     SAFEARRAY* array = SafeArrayCreateVector(VT_BSTR, 0, size);
-    for (LONG i = 0; i < static_cast<LONG>(size); ++i) {
-      BSTR filler = SysAllocString(L"-");
-      SafeArrayPutElement(array, &i, filler);
-      SysFreeString(filler);
-    }
+    BSTR filler = SysAllocString(L"-");  // copied into each entry
+    for (LONG i = 0; i < static_cast<LONG>(size); ++i) SafeArrayPutElement(array, &i, filler);
+    SysFreeString(filler);
     const HRESULT hr = instrument->GetValidTargetFilters(&array, count);
     const std::vector<std::string> names = array != nullptr ? namesIn(array) : std::vector<std::string>{};
     if (array != nullptr) SafeArrayDestroy(array);

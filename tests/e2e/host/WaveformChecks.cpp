@@ -12,8 +12,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <optional>
-#include <utility>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "HostChecks.h"
@@ -131,34 +131,33 @@ std::wstring platformText(double value) {
   return taken(text);
 }
 
-/// Each value as the platform writes it, "," made ".": k/10 for the all-in-one detector; for the mAs
-/// meter (input type 1) the current (k as a Single) x 5000 as a Single, / 2^24.
-std::vector<std::wstring> expectedValues(const std::vector<std::int32_t>& samples, bool mas) {
-  std::vector<std::wstring> values;
+/// The samples as the platform writes each value, "," made ".": k/10 for the all-in-one detector, as
+/// "a,b,c"; for the mAs meter (input type 1) the current (k as a Single) x 5000 as a Single, / 2^24, every
+/// value preceded by a comma: ",a,b,c".
+std::wstring platformSamplesText(const std::vector<std::int32_t>& samples, bool mas) {
+  std::wstring text;
   for (const std::int32_t k : samples) {
     const float scaled = static_cast<float>(k) * 5000.0F;
-    std::wstring text = platformText(mas ? static_cast<double>(scaled) / 16777216.0 : k * 0.1);
-    std::replace(text.begin(), text.end(), L',', L'.');
-    values.push_back(text);
+    std::wstring value = platformText(mas ? static_cast<double>(scaled) / 16777216.0 : k * 0.1);
+    std::replace(value.begin(), value.end(), L',', L'.');
+    text += (mas || !text.empty() ? L"," : L"") + value;
   }
-  return values;
+  return text;
 }
 
-/// Empty when the text is the expected one: "a,b,c", or ",a,b,c" (every mAs value preceded by a comma);
-/// else where the first differing value begins and how many values the text holds.
-std::string difference(const std::wstring& text, const std::vector<std::wstring>& expected, bool mas) {
-  std::wstring wanted;
-  for (const std::wstring& value : expected) wanted += (mas || !wanted.empty() ? L"," : L"") + value;
+/// Empty when the plug-in's text is the platform's; else where the first differing value begins, and
+/// how many values each text holds.
+std::string difference(const std::wstring& text, const std::wstring& wanted, bool mas) {
   if (text == wanted) return {};
   std::size_t value = 0, at = 0;  // the first differing value, and where it begins
   for (std::size_t i = 0; i < std::min(text.size(), wanted.size()) && text[i] == wanted[i]; ++i) {
     value += text[i] == L',' ? 1 : 0;
     at = text[i] == L',' ? i + 1 : at;
   }
-  const auto values = std::count(text.begin(), text.end(), L',') + (mas ? 0 : 1);
+  const auto values = [&](const std::wstring& of) { return std::count(of.begin(), of.end(), L',') + !mas; };
   return "value " + std::to_string(mas && value > 0 ? value - 1 : value) + " reads " +
          quoted(text.substr(at, 24)) + ", the platform writes " + quoted(wanted.substr(at, 24)) + " (" +
-         std::to_string(values) + " values, " + std::to_string(expected.size()) + " expected)";
+         std::to_string(values(text)) + " values, " + std::to_string(values(wanted)) + " expected)";
 }
 
 /// The user's decimal separator (as the regional settings set it) for as long as this lives.
@@ -197,7 +196,7 @@ void download(const Options& options, const Detector& detector, Member member) {
       [&] { return callMember(detector.instrument.get(), member, static_cast<float>(endTime), count, text); },
       "the download");
   const auto samples = mas ? masSamples(detector, count) : publishedSamples(detector.id, count);
-  const std::string why = difference(text, expectedValues(samples, mas), mas);
+  const std::string why = difference(text, platformSamplesText(samples, mas), mas);
   expect(why.empty(), why);
 }
 
