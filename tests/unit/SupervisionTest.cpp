@@ -134,9 +134,7 @@ TEST_F(Supervision, EachWarningComesOncePerEpisodeAndALostLinkEmptiesTheSlot) {
       polls.push_back(
           std::string(result ? "True" : "False") +
           (platform.notices.boxes.size() > before ? " " + platform.notices.boxes.back()->caption : ""));
-      if (empty) {
-        EXPECT_TRUE(connected) << "an empty slot is no lost link";
-      }
+      EXPECT_TRUE(!empty || connected) << "an empty slot is no lost link";
     }
     EXPECT_EQ(polls, c.polls);
   }
