@@ -130,19 +130,12 @@ void checkClasses(const Options&) {
   }
 }
 
-ComPtr<IConnectionPoint> eventPoint(IUnknown* instrument) {
-  auto container = queryInterface<IConnectionPointContainer>(instrument, IID_IConnectionPointContainer,
-                                                             "IConnectionPointContainer");
-  ComPtr<IConnectionPoint> point;
-  expectHr(container->FindConnectionPoint(DIID___CRX9400VTI, point.put()), S_OK, "FindConnectionPoint");
-  return point;
-}
-
 void checkConnectionPoints(const Options&) {
   auto instrument = createByProgId<IUnknown>(kInstrumentProgId, IID_IUnknown);
   auto container = queryInterface<IConnectionPointContainer>(instrument.get(), IID_IConnectionPointContainer,
                                                              "IConnectionPointContainer");
-  auto point = eventPoint(instrument.get());
+  ComPtr<IConnectionPoint> point;
+  expectHr(container->FindConnectionPoint(DIID___CRX9400VTI, point.put()), S_OK, "FindConnectionPoint");
   IID iid{};
   expectHr(point->GetConnectionInterface(&iid), S_OK, "GetConnectionInterface");
   expect(IsEqualIID(iid, DIID___CRX9400VTI), "the connection point is for " + guidText(iid));

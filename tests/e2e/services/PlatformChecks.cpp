@@ -35,7 +35,6 @@ void registryValues(const Options&) {
       {"REG_DWORD 0xFFFFFFFF", REG_DWORD, "\xFF\xFF\xFF\xFF", 4, false},
       {"REG_SZ 9", REG_SZ, "9", 2, false},
       {"REG_BINARY 04000000", REG_BINARY, "\x04\0\0\0", 4, false},
-      {"REG_DWORD 9", REG_DWORD, "\x09\0\0\0", 4, true},
       {"the value deleted", REG_NONE, "", 0, false},
   };
   for (const auto& row : rows) {
