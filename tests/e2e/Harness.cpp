@@ -2,6 +2,7 @@
 #include "Harness.h"
 
 #include <objbase.h>
+#include <oleauto.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -127,6 +128,12 @@ std::string joined(const std::vector<std::string>& items) {
   std::string text;
   for (const std::string& item : items) text += (text.empty() ? "" : ", ") + item;
   return "[" + text + "]";
+}
+
+std::wstring taken(BSTR text) {
+  std::wstring result(text != nullptr ? text : L"", text != nullptr ? SysStringLen(text) : 0);
+  SysFreeString(text);
+  return result;
 }
 
 void savePicture(HWND window, const std::wstring& folder, const std::string& name) {

@@ -49,6 +49,18 @@ std::string guidText(REFGUID guid);
 std::string quoted(const std::wstring& text);
 /// "[a, b, c]"
 std::string joined(const std::vector<std::string>& items);
+/// The text of a BSTR the caller owns, which is freed.
+std::wstring taken(BSTR text);
+
+/// Runs one part of a check; when it fails, adds "`what`: why" to `why` and the check goes on.
+template <typename Part>
+void attempt(std::string& why, const std::string& what, Part part) {
+  try {
+    part();
+  } catch (const CheckFailure& failure) {
+    why += (why.empty() ? "" : "; ") + what + ": " + failure.why;
+  }
+}
 
 template <typename Found>
 bool pollFor(DWORD timeoutMs, Found found) {

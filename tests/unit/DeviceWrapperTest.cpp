@@ -14,29 +14,20 @@ namespace {
 
 using testing::Simulator;
 
-/// Scans and connects every detector of the scenario; returns their records, AIO+mAs first.
-std::vector<DetectorInfo> connectAll(MBdllFunctions& library) {
-  library.MBRegisterApplication(1);
-  library.MBScanForDetectors();
-  for (int polls = 0; library.MBGetScanCompleteStatus() == 1 && polls < 100;) ++polls;
-  std::vector<DetectorInfo> found;
-  std::vector<std::int32_t> identifiers;
-  std::vector<std::uint8_t> types;
-  for (const std::int32_t type : {4, 3}) {
-    for (const auto& info : library.MBGetDetectorInfoOfType(type, library.MBGetNumberOfDetectors(type))) {
-      found.push_back(info);
-      identifiers.push_back(info.identifier);
-      types.push_back(static_cast<std::uint8_t>(type));
-    }
+/// Connects the default scenario's detectors; answers the identifier of the one of `kind`.
+std::int32_t connectedOfKind(MBdllFunctions& library, std::int32_t kind) {
+  const auto connected = testing::connectAllDetectors(library);
+  for (std::size_t i = 0; i < connected.kinds.size(); ++i) {
+    if (connected.kinds[i] == kind) return connected.found[i].identifier;
   }
-  EXPECT_NE(library.MBConnectToDetectors(identifiers, types), 0);
-  return found;
+  ADD_FAILURE() << "no detector of kind " << kind;
+  return 0;
 }
 
 TEST(DeviceWrapper, ConstantArgumentsReachTheLibraryAsItExpectsThem) {
   Simulator simulator;
   MBdllFunctions& library = simulator.library();
-  const std::int32_t id = connectAll(library).front().identifier;
+  const std::int32_t id = connectedOfKind(library, 4);
   simulator.clearCalls();
 
   library.MBGetBatteryStatus(id);
@@ -48,22 +39,17 @@ TEST(DeviceWrapper, ConstantArgumentsReachTheLibraryAsItExpectsThem) {
   library.MBSetWaveformParameters(id, parameters);
 
   const std::string n = std::to_string(id);
-  const auto calls = simulator.calls();
-  for (const std::string& expected :
-       {"MBGetBatteryStatus(*, " + n + ", -1)", "MBGetNumberOfValidTargetFilters(" + n + ", -1)",
-        "MBGetMeasuredData(*, " + n + ", 0)", "MBGetmAsMeasuredData(*, " + n + ", 0)",
-        "MBGetNumberOfDataPoints(" + n + ", 0)"}) {
-    EXPECT_NE(std::find(calls.begin(), calls.end(), expected), calls.end()) << expected;
-  }
-  ASSERT_EQ(calls.size(), 6u);
-  EXPECT_EQ(calls[5].rfind("MBSetWaveformParameters(" + n + ", ", 0), 0u) << calls[5];
-  EXPECT_EQ(calls[5].substr(calls[5].size() - 4), ", 0)") << calls[5];
+  EXPECT_EQ(simulator.calls(),
+            (std::vector<std::string>{
+                "MBGetBatteryStatus(*, " + n + ", -1)", "MBGetNumberOfValidTargetFilters(" + n + ", -1)",
+                "MBGetMeasuredData(*, " + n + ", 0)", "MBGetmAsMeasuredData(*, " + n + ", 0)",
+                "MBGetNumberOfDataPoints(" + n + ", 0)", "MBSetWaveformParameters(" + n + ", {0,10,1}, 0)"}));
 }
 
 TEST(DeviceWrapper, TheSettingsRecordReachesTheDetectorByteForByte) {
   Simulator simulator;
   MBdllFunctions& library = simulator.library();
-  const std::int32_t id = connectAll(library).front().identifier;
+  const std::int32_t id = connectedOfKind(library, 4);
   MeasurementSettings settings{};
   settings.doseUnit = 2;
   settings.doseRateUnit = 3;
@@ -81,20 +67,16 @@ TEST(DeviceWrapper, TheSettingsRecordReachesTheDetectorByteForByte) {
 TEST(DeviceWrapper, TargetFilterListsNeverExceedTheRoomGivenNorWhatTheLibraryWrote) {
   Simulator simulator;
   MBdllFunctions& library = simulator.library();
-  const std::int32_t id = connectAll(library).front().identifier;
+  const std::int32_t id = connectedOfKind(library, 4);
   const std::int32_t valid = library.MBGetNumberOfValidTargetFilters(id);
   ASSERT_GE(valid, 2) << "the default all-in-one detector offers several target/filter combinations";
 
-  struct Case {
-    std::int32_t capacity;
-    std::size_t expected;
-  };
-  for (const Case& c :
-       {Case{valid + 5, static_cast<std::size_t>(valid)}, Case{valid, static_cast<std::size_t>(valid)},
-        Case{1, 1u}, Case{0, 0u}, Case{-3, 0u}}) {
-    SCOPED_TRACE("capacity " + std::to_string(c.capacity));
-    const auto names = library.MBGetValidTargetFilters(id, c.capacity);
-    EXPECT_EQ(names.size(), c.expected);
+  const std::pair<std::int32_t, std::int32_t> cases[] = {
+      {valid + 5, valid}, {valid, valid}, {1, 1}, {0, 0}, {-3, 0}};
+  for (const auto& [capacity, expected] : cases) {
+    SCOPED_TRACE("capacity " + std::to_string(capacity));
+    const auto names = library.MBGetValidTargetFilters(id, capacity);
+    EXPECT_EQ(names.size(), static_cast<std::size_t>(expected));
     for (const auto& name : names) EXPECT_NE(name.name[0], '\0');
   }
   const TargetFilterName fallback = library.MBGetDefaultTargetFilter(id);
@@ -104,8 +86,7 @@ TEST(DeviceWrapper, TargetFilterListsNeverExceedTheRoomGivenNorWhatTheLibraryWro
 TEST(DeviceWrapper, AFullLengthChamberNameArrivesWithItsFifteenCharactersOnly) {
   Simulator simulator;
   MBdllFunctions& library = simulator.library();
-  const auto detectors = connectAll(library);
-  const std::int32_t dosimeter = detectors.back().identifier;
+  const std::int32_t dosimeter = connectedOfKind(library, 3);
   ChamberName name{};
   std::memcpy(name.data(), "ABCDEFGHIJKLMNO", 15);  // exactly fifteen characters, no terminator
   const std::int16_t chamber = library.MBAddNewIonChamber(dosimeter, name);

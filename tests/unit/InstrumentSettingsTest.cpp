@@ -8,36 +8,15 @@
 #include <vector>
 
 #include "fakes/Instrument.h"
-#include "fakes/Simulator.h"
-#include "fakes/TestPlatform.h"
-#include "instrument/Instrument.h"
 
 namespace rx9400 {
 namespace {
 
-using testing::Simulator;
-using testing::TestPlatform;
-
-class Settings : public ::testing::Test {
+class Settings : public ::testing::Test, protected testing::InstrumentRig {
  protected:
   /// Connects the detectors of a scenario (JSON list) directly, in scenario order.
-  void start(const std::string& detectors) {
-    simulator = std::make_unique<Simulator>(R"({"scan": {"pollsUntilComplete": 0}, "detectors": [)" +
-                                            detectors + "]}");
-    context = std::make_unique<PluginContext>(MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH),
-                                              platform.services());
-    instrument = std::make_unique<Instrument>(*context, events);
-    testing::connectEveryDetector(*context);
-    simulator->clearCalls();
-  }
-  int calls(const std::string& prefix) const { return simulator->callsStartingWith(prefix); }
+  void start(const std::string& detectors) { InstrumentRig::start(detectors, "RADIO", false); }
   MeasurementSettings& record() { return context->state.settings; }
-
-  TestPlatform platform;
-  testing::RecordingEvents events;
-  std::unique_ptr<Simulator> simulator;
-  std::unique_ptr<PluginContext> context;
-  std::unique_ptr<Instrument> instrument;
 };
 
 const std::string kAio =
@@ -117,23 +96,19 @@ TEST_F(Settings, AutomaticSettingsOverrideDelayKvAndUnitsWhenSent) {
 
 TEST_F(Settings, ModesAndSetupsUseTheLibrarysCodes) {
   start(kAio);
-  const struct {
-    const char* text;
-    std::int32_t mode;
-  } modes[] = {{"FLUORO", 3}, {"RADIO", 1}, {"MAMMO", 2}, {"DENTAL", 4}, {"fluoro", 1}, {"", 1}};
-  for (const auto& m : modes) {
-    instrument->pCurrentMode(m.text);
+  const std::pair<const char*, std::int32_t> modes[] = {{"FLUORO", 3}, {"RADIO", 1},  {"MAMMO", 2},
+                                                        {"DENTAL", 4}, {"fluoro", 1}, {"", 1}};
+  for (const auto& [text, mode] : modes) {
+    instrument->pCurrentMode(text);
     instrument->ChangeDetectorMode();
-    EXPECT_EQ(simulator->detector(101).detectorMode, m.mode) << m.text;
+    EXPECT_EQ(simulator->detector(101).detectorMode, mode) << text;
   }
-  const struct {
-    const char* text;
-    std::int32_t setup;
-  } setups[] = {{"AUTO", 1}, {"MANUAL", 2}, {"DEFAULT", 2}, {"other", 1}};
-  for (const auto& s : setups) {
-    instrument->pCurrentSettings(s.text);
+  const std::pair<const char*, std::int32_t> setups[] = {
+      {"AUTO", 1}, {"MANUAL", 2}, {"DEFAULT", 2}, {"other", 1}};
+  for (const auto& [text, setup] : setups) {
+    instrument->pCurrentSettings(text);
     instrument->ChangeDetectorSetup();
-    EXPECT_EQ(simulator->detector(101).setup, s.setup) << s.text;
+    EXPECT_EQ(simulator->detector(101).setup, setup) << text;
   }
 }
 

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/NumberText.h"
@@ -13,13 +14,8 @@
 namespace rx9400 {
 namespace {
 
-struct DoubleCase {
-  double value;
-  const char* text;
-};
-
 TEST(NumberText, DoublesAsThePlatformWritesThem) {
-  const DoubleCase cases[] = {
+  const std::pair<double, const char*> cases[] = {
       {1234 * 0.1, "123.4"},
       {0.1 * 3, "0.3"},
       {2.0 / 3, "0.666666666666667"},
@@ -41,14 +37,11 @@ TEST(NumberText, DoublesAsThePlatformWritesThem) {
       {999999999999999.5, "1E+15"},
       {0.000099999999999999995, "0.0001"},
   };
-  for (const auto& c : cases) EXPECT_EQ(doubleText(c.value), c.text) << c.value;
+  for (const auto& [value, text] : cases) EXPECT_EQ(doubleText(value), text) << value;
 }
 
 TEST(NumberText, SinglesKeepSevenDigits) {
-  const struct {
-    float value;
-    const char* text;
-  } cases[] = {
+  const std::pair<float, const char*> cases[] = {
       {80.3f, "80.3"},
       {0.1f, "0.1"},
       {1.0f / 3, "0.3333333"},
@@ -57,7 +50,7 @@ TEST(NumberText, SinglesKeepSevenDigits) {
       {-0.0125f, "-0.0125"},
       {5000.0f * 200 / 16777216, "0.05960464"},
   };
-  for (const auto& c : cases) EXPECT_EQ(singleText(c.value), c.text) << c.value;
+  for (const auto& [value, text] : cases) EXPECT_EQ(singleText(value), text) << value;
 }
 
 TEST(NumberText, ADecimalCommaLocaleWritesACommaAndTheExecutiveGetsAPoint) {
@@ -70,16 +63,13 @@ TEST(NumberText, ADecimalCommaLocaleWritesACommaAndTheExecutiveGetsAPoint) {
 }
 
 TEST(NumberText, ValOSReadsCommaAndPointAlikeAndStopsAtTheFirstNonNumber) {
-  const struct {
-    const char* text;
-    double value;
-  } cases[] = {
+  const std::pair<const char*, double> cases[] = {
       {"1,5", 1.5},        {"1.5", 1.5},      {"2,50", 2.5},  {"abc", 0},         {"", 0},
       {" 12 .5 kV", 12.5}, {"-3.2e2x", -320}, {"1D3", 1000},  {"1e", 1},          {"1e+", 1},
       {"+7", 7},           {".", 0},          {"-", 0},       {"1,234,5", 1.234}, {"12-3", 12},
       {".25", 0.25},       {"1E-05", 1e-5},   {"\t4\n2", 42},
   };
-  for (const auto& c : cases) EXPECT_DOUBLE_EQ(valOS(c.text), c.value) << '"' << c.text << '"';
+  for (const auto& [text, value] : cases) EXPECT_DOUBLE_EQ(valOS(text), value) << '"' << text << '"';
   EXPECT_THROW(valOS("1e999"), std::out_of_range);
 }
 
@@ -108,14 +98,11 @@ TEST(NumberText, FormatPicturesRoundHalvesAwayFromZero) {
 }
 
 TEST(NumberText, ScientificNotationSplitsMantissaSignAndTwoDigitExponent) {
-  const struct {
-    double value;
-    const char* text;
-  } cases[] = {
+  const std::pair<double, const char*> cases[] = {
       {1.2345e9, "1.2345E+09"}, {5e-12, "5E-12"},  {-3.0, "-3E+00"},        {123456789, "1.234568E+08"},
       {0.0, "0E+00"},           {1e100, "1E+100"}, {9.9999999e-3, "1E-02"},
   };
-  for (const auto& c : cases) EXPECT_EQ(scientificText(c.value, "E"), c.text) << c.value;
+  for (const auto& [value, text] : cases) EXPECT_EQ(scientificText(value, "E"), text) << value;
   const ScientificParts parts = scientificParts(2.5e-7);
   EXPECT_EQ(parts.mantissa, "2.5");
   EXPECT_EQ(parts.sign, '-');

@@ -66,9 +66,16 @@ TEST_F(Session, ADosimeterOnlyScanCountsZeroZeroOneZeroZeroAndListsOnlyTheDosime
   ASSERT_EQ(platform.dialogs.connect->rows.size(), 1u);
   EXPECT_EQ(platform.dialogs.connect->rows[0].kind, "DOSE");
   EXPECT_EQ(platform.dialogs.connect->rows[0].serialNumber, "1305");
+
+  start(scenario(kAio + "," + R"({"identifier": 102, "typeCode": 1})"));
+  platform.dialogs.connect->showings = 0;
+  session->ScanAndConnectToDetector();
+  EXPECT_EQ(platform.dialogs.connect->showings, 1) << "all-in-one detectors alone are listed too";
+  EXPECT_EQ(platform.dialogs.connect->rows.size(), 2u);
+  EXPECT_TRUE(platform.boxes.shown.empty());
 }
 
-TEST_F(Session, TheScanDialogStartsTheScanOnceAndPollsUntilTheLibrarySaysDone) {
+TEST_F(Session, TheScanDialogStartsTheScanOnceAndPollsWhileTheLibraryAnswersOne) {
   start(scenario(kAio, R"({"pollsUntilComplete": 3})"));
   session->scanAndCount();
   const auto& scan = *platform.dialogs.scan;
@@ -86,33 +93,31 @@ TEST_F(Session, TheScanDialogStartsTheScanOnceAndPollsUntilTheLibrarySaysDone) {
   platform.dialogs.scan->captionsFail = true;
   session->scanAndCount();
   EXPECT_EQ(scan.title(), "Scanning...") << "the title comes first, whatever the captions do";
-}
 
-TEST_F(Session, ALibraryWhoseFirstPollIsNotOneClosesTheScanAfterOneTick) {
   start(scenario(kAio, R"({"pollsUntilComplete": 0, "completeStatus": 0})"));
   EXPECT_EQ(session->scanAndCount(), "1,0,0,0,0");
-  EXPECT_EQ(platform.dialogs.scan->ticks, 1);
+  EXPECT_EQ(scan.ticks, 1) << "a library whose first poll is not 1 closes the scan after one tick";
 }
 
-TEST_F(Session, AStoppedScanConnectsNothingAndShowsNothing) {
-  start(scenario(kAio, R"({"pollsUntilComplete": 50})"));
-  context->state.resetDetectors();
-  platform.dialogs.scan->stopAfterTicks = 2;
-  session->ScanAndConnectToDetector();
-  EXPECT_TRUE(session->resetFlag());
-  EXPECT_EQ(calls("MBStopScanningAndReset("), 1);
-  EXPECT_EQ(calls("MBGetNumberOfDetectors("), 0);
-  EXPECT_EQ(platform.dialogs.connect->showings, 0);
-  EXPECT_TRUE(platform.boxes.shown.empty());
-  EXPECT_EQ(context->state.slotCount(), 1u);
-}
-
-TEST_F(Session, AnAllInOneOnlyScanStillShowsTheConnectDialogOnce) {
-  start(scenario(kAio + "," + R"({"identifier": 102, "typeCode": 1})"));
-  session->ScanAndConnectToDetector();
-  EXPECT_EQ(platform.dialogs.connect->showings, 1);
-  EXPECT_EQ(platform.dialogs.connect->rows.size(), 2u);
-  EXPECT_TRUE(platform.boxes.shown.empty());
+TEST_F(Session, StopInTheScanAndCancelInTheConnectDialogStopTheLibraryAndConnectNothing) {
+  for (const bool stop : {true, false}) {
+    SCOPED_TRACE(stop ? "Stop" : "Cancel");
+    platform = TestPlatform();
+    start(scenario(kAio, stop ? R"({"pollsUntilComplete": 50})" : R"({"pollsUntilComplete": 3})"));
+    context->state.resetDetectors();
+    platform.dialogs.scan->stopAfterTicks = stop ? 2 : -1;
+    platform.dialogs.connect->scripts.push_back(
+        [](ConnectDialog& dialog, ScriptedConnectView&) { dialog.cancelClicked(); });
+    session->ScanAndConnectToDetector();
+    EXPECT_EQ(session->resetFlag(), stop);
+    EXPECT_EQ(calls("MBStopScanningAndReset("), 1);
+    EXPECT_EQ(calls("MBGetNumberOfDetectors("), stop ? 0 : 5);
+    EXPECT_EQ(calls("MBConnectToDetectors("), 0);
+    EXPECT_EQ(platform.dialogs.connect->showings, stop ? 0 : 1);
+    EXPECT_TRUE(platform.boxes.shown.empty());
+    EXPECT_EQ(context->state.slotCount(), 1u);
+    EXPECT_FALSE(session->IsDetectorConnected());
+  }
 }
 
 TEST_F(Session, NoDetectorFoundSaysSoWithIndentedSuggestions) {
@@ -192,17 +197,6 @@ TEST_F(Session, ConnectRefusalsKeepTheDialogOpenAndConnectNothing) {
   }
 }
 
-TEST_F(Session, CancelStopsTheLibraryAndConnectsNothing) {
-  start(scenario(kAio));
-  context->state.resetDetectors();
-  platform.dialogs.connect->scripts.push_back(
-      [](ConnectDialog& dialog, ScriptedConnectView&) { dialog.cancelClicked(); });
-  session->ScanAndConnectToDetector();
-  EXPECT_EQ(calls("MBStopScanningAndReset("), 1);
-  EXPECT_EQ(calls("MBConnectToDetectors("), 0);
-  EXPECT_FALSE(session->IsDetectorConnected());
-}
-
 TEST_F(Session, TheChosenRowShowsDatesAndVersionsAndAnEmptyChoiceShowsNone) {
   start(scenario(R"({"identifier": 101, "typeCode": 1, "serialNumber": 1201, "calibrationDate": "2025-06-12",
                      "calibrationDueDate": "2027-06-12", "firmwareVersion": [2, 14], "bootloaderVersion": [1, 3],
@@ -241,11 +235,12 @@ TEST(CalibrationDates, FebruaryPastThe28thIsJudgedByTheFirstOfMarchOfTheNextYear
 }
 
 TEST_F(Session, TheCalibrationReportNamesOverdueDetectorsAndInvalidTargetFilters) {
-  const std::string filters = "Target/Filter: Rh/Rh Invalid\n";
-  const std::string last = "Target/Filter: Mo/Al Invalid";
-  const std::string dates = "Calibration Date: 29/02/2024\n";
-  const std::string dueDates = "Calibration Due Date: 28/02/2025\n";
-  const std::string in18(18, ' ');
+  const std::string filters = "Target/Filter: Rh/Rh Invalid\n", last = "Target/Filter: Mo/Al Invalid";
+  const std::string dates = "Calibration Date: 29/02/2024\n", due = "Calibration Due Date: 28/02/2025\n";
+  const std::string in5(5, ' '), in18(18, ' '), in21(21, ' ');
+  const std::string inDate = "RX 9400WD \n   " + dates + "   " + due + in5 + filters + in5 + last;
+  const std::string overdue =
+      "RX 9400WD detector calibration over due.\n" + in18 + dates + in18 + due + in21 + filters + in21 + last;
   const struct {
     const char* name;
     bool invalidFilters;
@@ -253,17 +248,8 @@ TEST_F(Session, TheCalibrationReportNamesOverdueDetectorsAndInvalidTargetFilters
     CalDate calibration;
     std::string text;  ///< empty: no box
   } cases[] = {
-      {"in date: February's rule gives until 1 March",
-       true,
-       {2025, 3, 1},
-       {29, 2, 2024},
-       "RX 9400WD \n   " + dates + "   " + dueDates + "     " + filters + "     " + last},
-      {"overdue",
-       true,
-       {2025, 3, 2},
-       {29, 2, 2024},
-       "RX 9400WD detector calibration over due.\n" + in18 + dates + in18 + dueDates + in18 + "   " +
-           filters + in18 + "   " + last},
+      {"in date: February's rule gives until 1 March", true, {2025, 3, 1}, {29, 2, 2024}, inDate},
+      {"overdue", true, {2025, 3, 2}, {29, 2, 2024}, overdue},
       {"in date, filters valid", false, {2025, 3, 1}, {29, 2, 2024}, ""},
       {"no calendar date, filters valid", false, {2030, 1, 1}, {0, 0, 0}, ""},
       {"31 April", true, {2030, 1, 1}, {31, 4, 2024}, "RX 9400WD \n     " + filters + "     " + last},

@@ -6,29 +6,12 @@
 #include <vector>
 
 #include "core/Trace.h"
+#include "fakes/TestPlatform.h"
 
 namespace rx9400 {
 namespace {
 
-class FakeSink final : public TraceSink {
- public:
-  bool viewerRunning = true;
-  bool failSending = false;
-  int searches = 0;
-  std::vector<std::string> lines;
-
-  bool findViewer() override {
-    ++searches;
-    return viewerRunning;
-  }
-  void send(std::string_view line) override {
-    if (failSending) {
-      failSending = false;
-      throw std::runtime_error("viewer gone");
-    }
-    lines.emplace_back(line);
-  }
-};
+using FakeSink = testing::RecordingTraceSink;
 
 TEST(Trace, LinesAreValuesEachFollowedByATabBehindAColon) {
   const struct {

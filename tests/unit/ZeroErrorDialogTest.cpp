@@ -23,13 +23,13 @@ TEST(ZeroErrorDialog, OnlyConnectAnswersTrueAndEveryShowingStartsFalse) {
     view.answer = c.answer;
     EXPECT_EQ(dialog.ask("Detector Zero Error", "4711 RX 9400WD ", c.connect), c.connect);
   }
-  EXPECT_EQ(platform.windows.topmost.size(), 2u) << "placed in the topmost band when the executive asks";
+  EXPECT_EQ(platform.windows.count(5), 2) << "placed in the topmost band when the executive asks";
   EXPECT_EQ(view.showings, 4);
   EXPECT_EQ(view.title(), "Detector Zero Error") << "the caller's caption replaces the dialog's own";
   EXPECT_EQ(view.detectorLine, "4711 RX 9400WD ");
   EXPECT_EQ(view.shownCaptions(),
             (std::vector<std::string>{"Retry", "Connect", " Detector Zero Error.", "Suggestions :"}));
-  EXPECT_EQ(platform.windows.cursorMoves, 4) << "the pointer goes to the focused control on activation";
+  EXPECT_EQ(platform.windows.count(2), 4) << "the pointer goes to the focused control on activation";
 }
 
 }  // namespace

@@ -8,7 +8,8 @@
 #include <oleauto.h>
 #include <olectl.h>
 
-#include <cstring>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -59,30 +60,18 @@ const std::pair<const wchar_t*, UINT> kEvents[] = {
 };
 
 std::vector<std::wstring> words(const std::wstring& text) {
-  std::vector<std::wstring> result;
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t end = std::min(text.find(L' ', at), text.size());
-    if (end > at) result.push_back(text.substr(at, end - at));
-    at = end + 1;
-  }
-  return result;
+  std::wistringstream in(text);
+  return {std::istream_iterator<std::wstring, wchar_t>(in), std::istream_iterator<std::wstring, wchar_t>()};
 }
 
-/// A TYPEATTR freed on every way out.
-class TypeAttributes {
- public:
-  explicit TypeAttributes(ITypeInfo* info) : info_(info) {
-    expectHr(info_->GetTypeAttr(&attributes_), S_OK, "ITypeInfo::GetTypeAttr");
-  }
-  ~TypeAttributes() { info_->ReleaseTypeAttr(attributes_); }
-  TypeAttributes(const TypeAttributes&) = delete;
-  TypeAttributes& operator=(const TypeAttributes&) = delete;
-  const TYPEATTR* operator->() const { return attributes_; }
-
- private:
-  ITypeInfo* info_;
-  TYPEATTR* attributes_ = nullptr;
-};
+/// A copy of a type's TYPEATTR (its pointers are not followed).
+TYPEATTR typeAttributes(ITypeInfo* info) {
+  TYPEATTR* attributes = nullptr;
+  expectHr(info->GetTypeAttr(&attributes), S_OK, "ITypeInfo::GetTypeAttr");
+  const TYPEATTR copy = *attributes;
+  info->ReleaseTypeAttr(attributes);
+  return copy;
+}
 
 std::wstring folderOf(HMODULE module) {
   wchar_t path[MAX_PATH * 2] = {};
@@ -135,25 +124,18 @@ void checkClasses(const Options&) {
              name + " GetGUID(unknown kind)");
     ComPtr<ITypeInfo> coclass;
     expectHr(info->GetClassInfo(coclass.put()), S_OK, name + " GetClassInfo");
-    const TypeAttributes attributes(coclass.get());
-    expect(attributes->typekind == TKIND_COCLASS && IsEqualGUID(attributes->guid, *entry.classId),
-           name + " GetClassInfo describes " + guidText(attributes->guid));
+    const TYPEATTR attributes = typeAttributes(coclass.get());
+    expect(attributes.typekind == TKIND_COCLASS && IsEqualGUID(attributes.guid, *entry.classId),
+           name + " GetClassInfo describes " + guidText(attributes.guid));
   }
-}
-
-ComPtr<IConnectionPoint> eventPoint(IUnknown* instrument) {
-  auto container = queryInterface<IConnectionPointContainer>(instrument, IID_IConnectionPointContainer,
-                                                             "IConnectionPointContainer");
-  ComPtr<IConnectionPoint> point;
-  expectHr(container->FindConnectionPoint(DIID___CRX9400VTI, point.put()), S_OK, "FindConnectionPoint");
-  return point;
 }
 
 void checkConnectionPoints(const Options&) {
   auto instrument = createByProgId<IUnknown>(kInstrumentProgId, IID_IUnknown);
   auto container = queryInterface<IConnectionPointContainer>(instrument.get(), IID_IConnectionPointContainer,
                                                              "IConnectionPointContainer");
-  auto point = eventPoint(instrument.get());
+  ComPtr<IConnectionPoint> point;
+  expectHr(container->FindConnectionPoint(DIID___CRX9400VTI, point.put()), S_OK, "FindConnectionPoint");
   IID iid{};
   expectHr(point->GetConnectionInterface(&iid), S_OK, "GetConnectionInterface");
   expect(IsEqualIID(iid, DIID___CRX9400VTI), "the connection point is for " + guidText(iid));
@@ -203,11 +185,6 @@ void checkConnectionPoints(const Options&) {
   container.reset();
   instrument.reset();
   expect(sinks[0]->references() == 1, "releasing the instrument did not release its advised sink");
-
-  auto query = createByProgId<IUnknown>(kQueryProgId, IID_IUnknown);
-  ComPtr<IConnectionPointContainer> noContainer;
-  expectHr(query->QueryInterface(IID_IConnectionPointContainer, noContainer.putVoid()), E_NOINTERFACE,
-           "CRX9400Query QueryInterface(IConnectionPointContainer)");
 }
 
 void checkEventTypeInfo(const Options&) {
@@ -216,7 +193,7 @@ void checkEventTypeInfo(const Options&) {
   ComPtr<ITypeInfo> coclass;
   expectHr(instrument->GetClassInfo(coclass.put()), S_OK, "GetClassInfo");
   ComPtr<ITypeInfo> events;
-  for (UINT i = 0; !events && i < TypeAttributes(coclass.get())->cImplTypes; ++i) {
+  for (UINT i = 0; !events && i < typeAttributes(coclass.get()).cImplTypes; ++i) {
     INT flags = 0;
     HREFTYPE reference = 0;
     expectHr(coclass->GetImplTypeFlags(i, &flags), S_OK, "GetImplTypeFlags");
@@ -227,18 +204,17 @@ void checkEventTypeInfo(const Options&) {
     expectHr(coclass->GetRefTypeInfo(reference, events.put()), S_OK, "GetRefTypeInfo");
   }
   expect(static_cast<bool>(events), "the coclass has no default source interface");
-  const TypeAttributes attributes(events.get());
-  expect(attributes->typekind == TKIND_DISPATCH && IsEqualGUID(attributes->guid, DIID___CRX9400VTI),
-         "the default source is " + guidText(attributes->guid));
-  expect(attributes->cFuncs == std::size(kEvents),
-         "the events interface has " + std::to_string(attributes->cFuncs) + " members");
-  for (UINT i = 0; i < attributes->cFuncs; ++i) {
+  const TYPEATTR attributes = typeAttributes(events.get());
+  expect(attributes.typekind == TKIND_DISPATCH && IsEqualGUID(attributes.guid, DIID___CRX9400VTI),
+         "the default source is " + guidText(attributes.guid));
+  expect(attributes.cFuncs == std::size(kEvents),
+         "the events interface has " + std::to_string(attributes.cFuncs) + " members");
+  for (UINT i = 0; i < attributes.cFuncs; ++i) {
     FUNCDESC* function = nullptr;
     expectHr(events->GetFuncDesc(i, &function), S_OK, "GetFuncDesc");
     const MEMBERID id = function->memid;
     const UINT parameters = static_cast<UINT>(function->cParams);
-    UINT stringReferences = 0;
-    UINT references = 0;
+    UINT stringReferences = 0, references = 0;
     for (UINT p = 0; p < parameters; ++p) {
       const TYPEDESC& type = function->lprgelemdescParam[p].tdesc;
       references += type.vt == VT_PTR ? 1 : 0;
@@ -247,8 +223,7 @@ void checkEventTypeInfo(const Options&) {
     events->ReleaseFuncDesc(function);
     BSTR name = nullptr;
     expectHr(events->GetDocumentation(id, &name, nullptr, nullptr, nullptr), S_OK, "GetDocumentation");
-    const std::wstring actual(name, SysStringLen(name));
-    SysFreeString(name);
+    const std::wstring actual = taken(name);
     const auto& [wanted, count] = kEvents[i];
     expect(id == static_cast<MEMBERID>(i + 1) && actual == wanted,
            "event " + std::to_string(i + 1) + " is " + narrow(actual) + " with DISPID " + std::to_string(id));

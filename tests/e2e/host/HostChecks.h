@@ -37,7 +37,6 @@ Function exportOf(HMODULE module, const char* name) {
 
 /// The device library the plug-in loaded into this process; fails when none is.
 HMODULE loadedSimulator();
-std::string simulatorLog(HMODULE simulator);
 /// The argument text of each call of `function` in the simulator's call log, in order.
 std::vector<std::string> calls(HMODULE simulator, const std::string& function);
 SimLibraryState simulatorState(HMODULE simulator);
@@ -83,6 +82,8 @@ HWND connectList(HWND connect);
 /// shown is unexpected: pictured (<check>-unexpected-N), closed and named in the failure.
 void driveModal(const Options& options, const char* check, const std::function<void()>& script,
                 const std::function<HRESULT()>& call, const char* callName);
+/// The instrument class, created by ProgID, with `pCurrentMode` set to `mode`.
+ComPtr<_CRX9400VTI> instrumentIn(const wchar_t* mode);
 /// ScanAndConnectToDetector with every listed row ticked and Connect pressed.
 void connectAll(const Options& options, const char* check, Session& session);
 

@@ -42,13 +42,9 @@ HMODULE loadedSimulator() {
   return simulator;
 }
 
-std::string simulatorLog(HMODULE simulator) {
-  return wholeText(simulator, "SimGetCallLog");
-}
-
 std::vector<std::string> calls(HMODULE simulator, const std::string& function) {
   std::vector<std::string> arguments;
-  const std::string log = simulatorLog(simulator), opening = function + "(";
+  const std::string log = wholeText(simulator, "SimGetCallLog"), opening = function + "(";
   for (std::size_t start = 0, end; start < log.size(); start = end + 1) {
     end = std::min(log.find('\n', start), log.size());
     const std::string line = log.substr(start, end - start);
@@ -226,6 +222,15 @@ void driveModal(const Options& options, const char* check, const std::function<v
     why += (why.empty() ? "" : "; ") + std::string("unexpected windows, closed: ") + joined(unexpected);
   expect(why.empty(), why);
   expectHr(result, S_OK, callName);
+}
+
+ComPtr<_CRX9400VTI> instrumentIn(const wchar_t* mode) {
+  auto instrument = createByProgId<_CRX9400VTI>(kInstrumentProgId, IID__CRX9400VTI);
+  BSTR text = SysAllocString(mode);
+  const HRESULT hr = instrument->put_pCurrentMode(text);
+  SysFreeString(text);
+  expectHr(hr, S_OK, "pCurrentMode");
+  return instrument;
 }
 
 void connectAll(const Options& options, const char* check, Session& session) {

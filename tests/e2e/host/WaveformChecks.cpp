@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "HostChecks.h"
@@ -35,17 +36,9 @@ HRESULT callMember(_CRX9400VTI* instrument, Member member, float rMax, LONG poin
       member == Member::MilliSec
           ? instrument->GetWaveformInMilliSec(0, rMax, points, &result)
           : instrument->GetWaveformInSecs(0, rMax, points, member == Member::Secs ? 1 : 2, &result);
-  text.assign(result != nullptr ? result : L"", result != nullptr ? SysStringLen(result) : 0);
-  SysFreeString(result);
+  text = taken(result);
   return hr;
 }
-
-/// Where a waveform check starts from.
-enum class Setup {
-  Reset,      ///< ResetTheDetectors: the plug-in's table is one empty slot (identifier 0)
-  Connected,  ///< the scenario's detector connected through the connect dialog, nothing measured
-  Measured,   ///< and its exposure measured: armed, CheckDataStatus until every part has delivered
-};
 
 struct Detector {
   Session session;
@@ -53,26 +46,18 @@ struct Detector {
   std::int32_t id = 0;
 };
 
+/// The scenario's detector connected through the connect dialog; when `measured`, its exposure measured
+/// too: armed, and CheckDataStatus called until every part has delivered.
 Detector prepare(const Options& options, const char* check, const wchar_t* scenario, std::int32_t id,
-                 Setup setup) {
+                 bool measured) {
   Detector detector{openSession(options, scenario), {}, id};
-  if (setup == Setup::Reset) {
-    expectHr(detector.session.query->ResetTheDetectors(), S_OK, "ResetTheDetectors");
-  } else {
-    connectAll(options, check, detector.session);
-  }
-  detector.instrument = createByProgId<_CRX9400VTI>(kInstrumentProgId, IID__CRX9400VTI);
-  BSTR mode = SysAllocString(L"RADIO");
-  const HRESULT modeSet = detector.instrument->put_pCurrentMode(mode);
-  SysFreeString(mode);
-  expectHr(modeSet, S_OK, "pCurrentMode");
-  if (setup != Setup::Measured) return detector;
+  connectAll(options, check, detector.session);
+  detector.instrument = instrumentIn(L"RADIO");
+  if (!measured) return detector;
 
-  const auto state =
-      exportOf<decltype(&SimGetDetectorState)>(detector.session.simulator, "SimGetDetectorState");
   const auto delivered = [&] {
-    SimDetectorState now{};
-    const bool mas = state(id, &now) == 1 && (now.typeCode == 2 || now.typeCode >= 4);
+    const SimDetectorState now = simulatorDetector(detector.session.simulator, id);
+    const bool mas = now.typeCode == 2 || now.typeCode >= 4;
     return now.exposuresDelivered >= 1 && (!mas || now.masExposuresDelivered >= 1);
   };
   expectHr(detector.instrument->EnableMeasurements(VARIANT_TRUE), S_OK, "EnableMeasurements(True)");
@@ -143,49 +128,36 @@ std::vector<std::int32_t> masSamples(const Detector& detector, std::int32_t coun
 std::wstring platformText(double value) {
   BSTR text = nullptr;
   expectHr(VarBstrFromR8(value, LOCALE_USER_DEFAULT, 0, &text), S_OK, "VarBstrFromR8");
-  std::wstring result(text, SysStringLen(text));
-  SysFreeString(text);
-  return result;
+  return taken(text);
 }
 
-/// Each value as the platform writes it, "," made ".": k/10 for the all-in-one detector; for the mAs
-/// meter (input type 1) the current (k as a Single) x 5000 as a Single, / 2^24.
-std::vector<std::wstring> expectedValues(const std::vector<std::int32_t>& samples, bool mas) {
-  std::vector<std::wstring> values;
+/// The samples as the platform writes each value, "," made ".": k/10 for the all-in-one detector, as
+/// "a,b,c"; for the mAs meter (input type 1) the current (k as a Single) x 5000 as a Single, / 2^24, every
+/// value preceded by a comma: ",a,b,c".
+std::wstring platformSamplesText(const std::vector<std::int32_t>& samples, bool mas) {
+  std::wstring text;
   for (const std::int32_t k : samples) {
     const float scaled = static_cast<float>(k) * 5000.0F;
-    std::wstring text = platformText(mas ? static_cast<double>(scaled) / 16777216.0 : k * 0.1);
-    std::replace(text.begin(), text.end(), L',', L'.');
-    values.push_back(text);
+    std::wstring value = platformText(mas ? static_cast<double>(scaled) / 16777216.0 : k * 0.1);
+    std::replace(value.begin(), value.end(), L',', L'.');
+    text += (mas || !text.empty() ? L"," : L"") + value;
   }
-  return values;
+  return text;
 }
 
-/// The first value that differs and how many do; empty when the text is the expected one: "a,b,c", or
-/// ",a,b,c" (every mAs value preceded by a comma).
-std::string difference(const std::wstring& text, const std::vector<std::wstring>& expected, bool mas) {
-  std::vector<std::wstring> values(1);
-  for (const wchar_t c : text) {
-    if (c == L',')
-      values.emplace_back();
-    else
-      values.back() += c;
+/// Empty when the plug-in's text is the platform's; else where the first differing value begins, and
+/// how many values each text holds.
+std::string difference(const std::wstring& text, const std::wstring& wanted, bool mas) {
+  if (text == wanted) return {};
+  std::size_t value = 0, at = 0;  // the first differing value, and where it begins
+  for (std::size_t i = 0; i < std::min(text.size(), wanted.size()) && text[i] == wanted[i]; ++i) {
+    value += text[i] == L',' ? 1 : 0;
+    at = text[i] == L',' ? i + 1 : at;
   }
-  if (mas && !values.front().empty())
-    return "the text begins " + quoted(text.substr(0, 20)) + ", not with a comma";
-  if (mas) values.erase(values.begin());
-  if (values.size() != expected.size())
-    return std::to_string(values.size()) + " values, expected " + std::to_string(expected.size());
-  std::size_t differing = 0, first = values.size();
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    if (values[i] == expected[i]) continue;
-    ++differing;
-    first = std::min(first, i);
-  }
-  if (differing == 0) return {};
-  return "value " + std::to_string(first) + " is " + quoted(values[first]) + ", the platform writes " +
-         quoted(expected[first]) + " (" + std::to_string(differing) + " of " + std::to_string(values.size()) +
-         " differ)";
+  const auto values = [&](const std::wstring& of) { return std::count(of.begin(), of.end(), L',') + !mas; };
+  return "value " + std::to_string(mas && value > 0 ? value - 1 : value) + " reads " +
+         quoted(text.substr(at, 24)) + ", the platform writes " + quoted(wanted.substr(at, 24)) + " (" +
+         std::to_string(values(text)) + " values, " + std::to_string(values(wanted)) + " expected)";
 }
 
 /// The user's decimal separator (as the regional settings set it) for as long as this lives.
@@ -206,80 +178,52 @@ class UserDecimalSeparator {
   wchar_t previous_[8] = L".";
 };
 
-/// Adds "`what`: why" to the failures noted so far.
-void note(std::string& why, const std::string& what, const CheckFailure& failure) {
-  why += (why.empty() ? "" : "; ") + what + ": " + failure.why;
-}
-
-constexpr std::int32_t kWholeRecording = -1;
-
 /// An exposure, measured afresh under each decimal separator, whose recordings each member downloads
-/// whole, from 0 to the exposure's end time (the mAs meter last).
-struct Recording {
-  const wchar_t* scenario;
-  std::int32_t id;
-  std::int32_t masValues = kWholeRecording;  ///< how many values the mAs text holds
-};
-
-const Recording kRecordings[] = {
-    {L"waveform-long.json", 604},
-    {L"waveform-edges.json", 123456789},
-    // The link lost after 3 blocks of the mAs download: the text holds the values read before.
-    {L"waveform-mas-link-loss.json", 608, 3 * 26},
-};
+/// whole, from 0 to the exposure's end time (the mAs meter last): a long one, and one with samples at
+/// the ends of the Long range and a section name that needs no padding.
+const std::pair<const wchar_t*, std::int32_t> kRecordings[] = {{L"waveform-long.json", 604},
+                                                               {L"waveform-edges.json", 123456789}};
 
 /// One download, its text compared value by value with the platform's.
-void download(const Options& options, const Detector& detector, Member member, std::int32_t masValues) {
+void download(const Options& options, const Detector& detector, Member member) {
   const bool mas = member == Member::SecsMas;
-  const std::int32_t recorded = mas ? masPoints(detector) : aioPoints(detector);
-  const std::int32_t count = mas && masValues != kWholeRecording ? masValues : recorded;
-  // The mAs samples are read before the call, which may end the detector's link.
-  const std::vector<std::int32_t> before = mas ? masSamples(detector, count) : std::vector<std::int32_t>{};
+  const std::int32_t count = mas ? masPoints(detector) : aioPoints(detector);
   double endTime = 0;
   expectHr(detector.instrument->get_pGetExposureTime(&endTime), S_OK, "pGetExposureTime");
   std::wstring text;
   driveModal(
       options, "waveforms", [] {},
-      [&] {
-        return callMember(detector.instrument.get(), member, static_cast<float>(endTime), recorded, text);
-      },
+      [&] { return callMember(detector.instrument.get(), member, static_cast<float>(endTime), count, text); },
       "the download");
-  const std::string why =
-      difference(text, expectedValues(mas ? before : publishedSamples(detector.id, count), mas), mas);
+  const auto samples = mas ? masSamples(detector, count) : publishedSamples(detector.id, count);
+  const std::string why = difference(text, platformSamplesText(samples, mas), mas);
   expect(why.empty(), why);
 }
 
 void checkDownloads(const Options& options) {
   std::string why;
-  for (const Recording& row : kRecordings) {
+  for (const auto& [scenario, id] : kRecordings) {
     for (const wchar_t* separator : {L".", L","}) {
-      const std::string what = narrow(row.scenario) + " (decimal \"" + narrow(separator) + "\")";
-      try {
+      const std::string what = narrow(scenario) + " (decimal \"" + narrow(separator) + "\")";
+      attempt(why, what, [&] {
         const UserDecimalSeparator decimal(separator);
-        Detector detector = prepare(options, "waveforms", row.scenario, row.id, Setup::Measured);
-        for (const Member member : {Member::MilliSec, Member::Secs, Member::SecsMas}) {
-          try {
-            download(options, detector, member, row.masValues);
-          } catch (const CheckFailure& failure) {
-            note(why, what + " " + memberName(member), failure);
-          }
-        }
+        Detector detector = prepare(options, "waveforms", scenario, id, true);
+        for (const Member member : {Member::MilliSec, Member::Secs, Member::SecsMas})
+          attempt(why, what + " " + memberName(member), [&] { download(options, detector, member); });
         close(detector);
-      } catch (const CheckFailure& failure) {
-        note(why, what, failure);
-      }
+      });
     }
   }
   expect(why.empty(), why);
 }
 
-/// A download the plug-in refuses with a critical box, its text empty.
+/// A download the plug-in refuses with a critical box, its text empty: a detector without a recording,
+/// whose refusal shows both members' captions, and the refusals of the platform's shared memory.
 struct Refusal {
   const char* name;  ///< in the pictures' names
   const wchar_t* scenario;
   std::int32_t id;
-  Setup setup;
-  float rMax;
+  bool measured;
   LONG points;
   const wchar_t* milliSecCaption;  ///< every box of GetWaveformInSecs is "Tamsa RX9400 Plug-In Response"
   const wchar_t* text;
@@ -289,16 +233,10 @@ struct Refusal {
 const wchar_t kEdges[] = L"waveform-edges.json";
 // clang-format off
 const Refusal kRefusals[] = {
-    {"slot-0", kEdges, 123456789, Setup::Reset, 100, 23, L"Invalid Serial Number", L"0 is not a valid serial number.", true},
-    {"points-0", kEdges, 123456789, Setup::Connected, 100, 0, L"Invalid Number Of Data Points",
-     L"Invalid number of data points to download.", true},
-    {"end-time-0", kEdges, 123456789, Setup::Connected, 0, 23, L"Invalid Exposure End Time",
-     L"Exposure end time should be greater than 0.", true},
-    {"no-data-points", kEdges, 123456789, Setup::Connected, 100, 23, L"No Data Points",
-     L"No data points found to download.", true},
-    {"section-missing", L"waveform-section-missing.json", 606, Setup::Measured, 100, 300, L"Open File Mapping Error",
+    {"no-data-points", kEdges, 123456789, false, 23, L"No Data Points", L"No data points found to download.", true},
+    {"section-missing", L"waveform-section-missing.json", 606, true, 300, L"Open File Mapping Error",
      L"Error in open file mapping.", false},
-    {"short-section", L"waveform-short-section.json", 607, Setup::Measured, 100, 3000, L"Map View File Error",
+    {"short-section", L"waveform-short-section.json", 607, true, 3000, L"Map View File Error",
      L"Error in map view file.", false},
 };
 // clang-format on
@@ -306,33 +244,29 @@ const Refusal kRefusals[] = {
 void checkRefusals(const Options& options) {
   std::string why;
   for (const Refusal& row : kRefusals) {
-    try {
-      Detector detector = prepare(options, "waveform-boxes", row.scenario, row.id, row.setup);
+    attempt(why, row.name, [&] {
+      Detector detector = prepare(options, "waveform-boxes", row.scenario, row.id, row.measured);
       for (const Member member : {Member::MilliSec, Member::Secs, Member::SecsMas}) {
         if (member == Member::SecsMas && !row.masToo) continue;
         const std::wstring caption =
             member == Member::MilliSec ? row.milliSecCaption : L"Tamsa RX9400 Plug-In Response";
         const char* const suffixes[] = {"-ms", "-s", "-mas"};
         const std::string picture = std::string("waveform-") + row.name + suffixes[static_cast<int>(member)];
-        std::wstring text = L"(none)";
-        try {
+        attempt(why, std::string(row.name) + " " + memberName(member), [&] {
+          std::wstring text = L"(none)";
           driveModal(
               options, "waveform-boxes",
               [&] {
                 answerMessageBox(options, picture, waitForBox("during " + memberName(member)), caption,
                                  row.text, Shown{false});
               },
-              [&] { return callMember(detector.instrument.get(), member, row.rMax, row.points, text); },
+              [&] { return callMember(detector.instrument.get(), member, 100, row.points, text); },
               memberName(member).c_str());
           expect(text.empty(), "the text is " + quoted(text.substr(0, 40)));
-        } catch (const CheckFailure& failure) {
-          note(why, std::string(row.name) + " " + memberName(member), failure);
-        }
+        });
       }
       close(detector);
-    } catch (const CheckFailure& failure) {
-      note(why, row.name, failure);
-    }
+    });
   }
   expect(why.empty(), why);
 }
@@ -380,7 +314,7 @@ std::size_t mappedViews() {
 
 void checkHandles(const Options& options) {
   constexpr int kRepeats = 1000;
-  Detector detector = prepare(options, "waveform-handles", kEdges, 123456789, Setup::Measured);
+  Detector detector = prepare(options, "waveform-handles", kEdges, 123456789, true);
   const LONG points[] = {aioPoints(detector), aioPoints(detector), masPoints(detector)};
   std::wstring first[3], text;
   std::optional<std::size_t> handlesBefore, handlesAfter;

@@ -26,10 +26,7 @@ std::string decimalSeparator() {
 }
 
 std::string takeBstr(HRESULT hr, BSTR& text) {
-  if (FAILED(hr)) return "<failed " + hresultText(hr) + ">";
-  std::string result = text != nullptr ? narrow(std::wstring(text, SysStringLen(text))) : "";
-  SysFreeString(text);
-  return result;
+  return FAILED(hr) ? "<failed " + hresultText(hr) + ">" : narrow(taken(text));
 }
 
 std::string platformText(double value) {
@@ -113,36 +110,16 @@ std::vector<Real> values(std::vector<Real> values, std::size_t count, int maxExp
 void numberTexts(const Options& options) {
   const std::string separator = decimalSeparator();
   Mismatches mismatches(options.artifacts + L"\\number-mismatches.txt");
-  // Values seen in the plug-in and the classic traps of 15-digit conversion.
-  std::vector<double> doubles = {1234 * 0.1,
-                                 0.1 * 3,
-                                 0.00001,
-                                 0.0001,
-                                 0.00012345,
-                                 1e15,
-                                 1e16,
-                                 1e14,
-                                 999999999999999.0,
-                                 123456789012345.6,
-                                 -2.5,
-                                 0.0,
-                                 -0.0,
-                                 1e-300,
-                                 1e300,
-                                 2.0 / 3,
-                                 80.3,
-                                 0.5,
-                                 -1,
-                                 100,
-                                 1.0 / 3 * 1e-5,
-                                 4.35,
-                                 0.045,
-                                 1e-5 * 3,
-                                 9.999999999999995e14,
-                                 9.9999999999999995e-5,
-                                 std::numeric_limits<double>::max()};
-  doubles.push_back(std::numeric_limits<double>::min());
-  doubles.push_back(std::numeric_limits<double>::denorm_min());
+  using Limits = std::numeric_limits<double>;
+  const std::vector<double> doubles = {
+      // values seen in the plug-in
+      1234 * 0.1, 0.1 * 3, 2.0 / 3, 80.3, 0.5, -1, 100, -2.5, 0.0, -0.0, 4.35, 0.045, 1e-5 * 3,
+      1.0 / 3 * 1e-5,
+      // the classic traps of 15-digit conversion, where the exponent takes over
+      0.00001, 0.0001, 0.00012345, 1e14, 1e15, 1e16, 999999999999999.0, 123456789012345.6,
+      9.999999999999995e14, 9.9999999999999995e-5,
+      // the ends of the range
+      1e-300, 1e300, Limits::max(), Limits::min(), Limits::denorm_min()};
   for (const double value : values<double, std::uint64_t>(doubles, 4000, 25)) {
     mismatches.compare("Double " + bitsText(value), doubleText(value, separator), platformText(value));
   }

@@ -21,8 +21,6 @@ using rx9400::win::kLanguageComponentClsid;
 using rx9400::win::kLanguageComponentIid;
 
 HMODULE gModule = nullptr;
-LONG gObjects = 0;
-LONG gLocks = 0;
 
 const wchar_t* const kFailingKey = L"00000::";
 
@@ -45,17 +43,15 @@ std::wstring textOf(BSTR text) {
 /// The first element of a one-dimensional array of Variants as text; empty when there is none.
 std::wstring firstParameter(SAFEARRAY* parameters) {
   if (parameters == nullptr || SafeArrayGetDim(parameters) != 1) return {};
-  LONG lower = 0;
-  LONG upper = -1;
+  LONG lower = 0, upper = -1;
   SafeArrayGetLBound(parameters, 1, &lower);
   SafeArrayGetUBound(parameters, 1, &upper);
   if (upper < lower) return {};
-  VARIANT value;
+  VARIANT value, text;
   VariantInit(&value);
-  if (FAILED(SafeArrayGetElement(parameters, &lower, &value))) return {};
-  VARIANT text;
   VariantInit(&text);
   std::wstring result;
+  if (FAILED(SafeArrayGetElement(parameters, &lower, &value))) return {};
   if (SUCCEEDED(VariantChangeType(&text, &value, 0, VT_BSTR))) result = textOf(V_BSTR(&text));
   VariantClear(&text);
   VariantClear(&value);
@@ -99,8 +95,7 @@ HRESULT translateControl(IDispatch* control) {
 
 class PseudoLanguage final : public rx9400::win::SingleInterface<ILanguageComponent> {
  public:
-  PseudoLanguage() : SingleInterface(kLanguageComponentIid) { InterlockedIncrement(&gObjects); }
-  ~PseudoLanguage() override { InterlockedDecrement(&gObjects); }
+  PseudoLanguage() : SingleInterface(kLanguageComponentIid) {}
 
   // Nobody calls the component late-bound.
   STDMETHODIMP GetTypeInfoCount(UINT* count) override {
@@ -155,18 +150,9 @@ class PseudoLanguage final : public rx9400::win::SingleInterface<ILanguageCompon
   }
 };
 
-class Factory final : public IClassFactory {
+class Factory final : public rx9400::win::SingleInterface<IClassFactory> {
  public:
-  STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    *out = nullptr;
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IClassFactory)) return E_NOINTERFACE;
-    *out = static_cast<IClassFactory*>(this);
-    return S_OK;
-  }
-  // The factory is static: it lives as long as the module.
-  STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-  STDMETHODIMP_(ULONG) Release() override { return 1; }
+  Factory() : SingleInterface(IID_IClassFactory) {}
   STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** out) override {
     if (out == nullptr) return E_POINTER;
     *out = nullptr;
@@ -177,13 +163,8 @@ class Factory final : public IClassFactory {
     language->Release();
     return hr;
   }
-  STDMETHODIMP LockServer(BOOL lock) override {
-    lock ? InterlockedIncrement(&gLocks) : InterlockedDecrement(&gLocks);
-    return S_OK;
-  }
+  STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 };
-
-Factory gFactory;
 
 std::wstring classKey() {
   wchar_t id[40] = {};
@@ -210,11 +191,16 @@ STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** out) {
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
   if (!IsEqualCLSID(classId, kLanguageComponentClsid)) return CLASS_E_CLASSNOTAVAILABLE;
-  return gFactory.QueryInterface(iid, out);
+  auto* factory = new (std::nothrow) Factory();
+  if (factory == nullptr) return E_OUTOFMEMORY;
+  const HRESULT hr = factory->QueryInterface(iid, out);
+  factory->Release();
+  return hr;
 }
 
+// Loaded once, the component stays for the life of the process.
 STDAPI DllCanUnloadNow() {
-  return gObjects == 0 && gLocks == 0 ? S_OK : S_FALSE;
+  return S_FALSE;
 }
 
 STDAPI DllRegisterServer() {

@@ -11,8 +11,7 @@ Option Explicit
 On Error Resume Next
 
 Dim failures, calls, scan
-failures = 0
-calls = 0
+failures = 0: calls = 0
 scan = WScript.Arguments.Count > 0
 If scan Then scan = (WScript.Arguments(0) = "scan")
 
@@ -52,12 +51,9 @@ Expect "error trap", Err.Number <> 0, "creating an unknown ProgID raised no erro
 Err.Clear
 
 Dim q, v, store
-Set q = CreateObject("TamsaRX9400VTI.CRX9400Query")
-Check "CreateObject TamsaRX9400VTI.CRX9400Query"
-Set v = CreateObject("TamsaRX9400VTI.CRX9400VTI")
-Check "CreateObject TamsaRX9400VTI.CRX9400VTI"
-Set store = CreateObject("TamsaRX9400VTI.CStoreDetectorType")
-Check "CreateObject TamsaRX9400VTI.CStoreDetectorType"
+Set q = CreateObject("TamsaRX9400VTI.CRX9400Query"): Check "CreateObject TamsaRX9400VTI.CRX9400Query"
+Set v = CreateObject("TamsaRX9400VTI.CRX9400VTI"): Check "CreateObject TamsaRX9400VTI.CRX9400VTI"
+Set store = CreateObject("TamsaRX9400VTI.CStoreDetectorType"): Check "CreateObject TamsaRX9400VTI.CStoreDetectorType"
 If failures > 0 Then WScript.Quit 1
 
 ' A name that is not a member is an error (438), so a misspelt member would be seen.
@@ -67,21 +63,14 @@ Expect "unknown member", Err.Number = 438, "error &H" & Hex(Err.Number) & " inst
 Err.Clear
 
 ' --- CRX9400Query ---
-q.RegisterApp
-Check "RegisterApp"
-If scan Then
-  q.ScanAndConnectToDetector
-  Check "ScanAndConnectToDetector"
-End If
+q.RegisterApp: Check "RegisterApp"
+If scan Then q.ScanAndConnectToDetector: Check "ScanAndConnectToDetector"
 Checked "IsDetectorConnected", q.IsDetectorConnected, vbBoolean
-q.SendDetectorType 0
-Check "SendDetectorType literal"
+q.SendDetectorType 0: Check "SendDetectorType literal"
 Dim detectorType
 detectorType = 0
-q.SendDetectorType detectorType
-Check "SendDetectorType variable"
-q.ResetTheDetectors
-Check "ResetTheDetectors"
+q.SendDetectorType detectorType: Check "SendDetectorType variable"
+q.ResetTheDetectors: Check "ResetTheDetectors"
 result = q.IsDetectorConnected
 Checked "IsDetectorConnected after ResetTheDetectors", result, vbBoolean
 Expect "IsDetectorConnected after ResetTheDetectors", result = False, "True"
@@ -115,117 +104,68 @@ Checked "mAsExposureFinish", v.mAsExposureFinish, vbBoolean
 Checked "DetectorExposureFinish", v.DetectorExposureFinish, vbBoolean
 
 ' Members without arguments or answer, called as statements.
-v.InitTimer
-Check "InitTimer"
-v.DetectorWakeUp
-Check "DetectorWakeUp"
-v.UpdateDefaultTargetFilterInSettings
-Check "UpdateDefaultTargetFilterInSettings"
-v.ChangeAllsettings
-Check "ChangeAllsettings"
-v.ChangeDetectorSetup
-Check "ChangeDetectorSetup"
-v.ChangeDetectorMode
-Check "ChangeDetectorMode"
-v.ChangeSettings
-Check "ChangeSettings"
-v.CloseWindow
-Check "CloseWindow"
-v.CheckSleepStatus
-Check "CheckSleepStatus"
-v.ShowDosimeterIonChamber
-Check "ShowDosimeterIonChamber"
-v.ResetTheFlags
-Check "ResetTheFlags"
+v.InitTimer: Check "InitTimer"
+v.DetectorWakeUp: Check "DetectorWakeUp"
+v.UpdateDefaultTargetFilterInSettings: Check "UpdateDefaultTargetFilterInSettings"
+v.ChangeAllsettings: Check "ChangeAllsettings"
+v.ChangeDetectorSetup: Check "ChangeDetectorSetup"
+v.ChangeDetectorMode: Check "ChangeDetectorMode"
+v.ChangeSettings: Check "ChangeSettings"
+v.CloseWindow: Check "CloseWindow"
+v.CheckSleepStatus: Check "CheckSleepStatus"
+v.ShowDosimeterIonChamber: Check "ShowDosimeterIonChamber"
+v.ResetTheFlags: Check "ResetTheFlags"
 
 ' Property writes: a literal, or a variable (pTargetFilter takes it by reference and leaves it alone).
 Dim text, number, flag
-v.pCurrentMode = "RAD"
-Check "pCurrentMode"
-v.pCurrentSettings = ""
-Check "pCurrentSettings"
-v.pDoseUnits = 1
-Check "pDoseUnits"
-v.pDoseRateUnits = 1
-Check "pDoseRateUnits"
-v.pFluoroType = 0
-Check "pFluoroType"
-v.pTimeUnit = 1
-Check "pTimeUnit"
-v.pPercentKV = 0
-Check "pPercentKV"
+v.pCurrentMode = "RAD": Check "pCurrentMode"
+v.pCurrentSettings = "": Check "pCurrentSettings"
+v.pDoseUnits = 1: Check "pDoseUnits"
+v.pDoseRateUnits = 1: Check "pDoseRateUnits"
+v.pFluoroType = 0: Check "pFluoroType"
+v.pTimeUnit = 1: Check "pTimeUnit"
+v.pPercentKV = 0: Check "pPercentKV"
 number = -5
-v.pDelay = number
-Check "pDelay"
-v.pIncludeDelay = True
-Check "pIncludeDelay"
-v.pTargetFilter = "W/Al"
-Check "pTargetFilter = literal"
+v.pDelay = number: Check "pDelay"
+v.pIncludeDelay = True: Check "pIncludeDelay"
+v.pTargetFilter = "W/Al": Check "pTargetFilter = literal"
 text = "W/Rh"
-v.pTargetFilter = text
-Check "pTargetFilter = variable"
+v.pTargetFilter = text: Check "pTargetFilter = variable"
 Expect "pTargetFilter = variable", text = "W/Rh", "the variable changed to """ & text & """"
 
-' Members with arguments: literals first, then variables.
-Checked "CheckDetectorPowerStatus literals", v.CheckDetectorPowerStatus(600, 1800), vbBoolean
-Dim sleepTime, shutDownTime
-sleepTime = 600
-shutDownTime = 1800
+' Members with arguments: each type of parameter as a literal and as a variable (GetWaveformInMilliSec
+' and pDetectorName take only types that others take by variable).
+Dim sleepTime, shutDownTime, rMin, rMax, dataPoints, lValue
+sleepTime = 600: shutDownTime = 1800: rMin = 0: rMax = 1.5: dataPoints = 100: lValue = 1
 Checked "CheckDetectorPowerStatus variables", v.CheckDetectorPowerStatus(sleepTime, shutDownTime), vbBoolean
 Checked "GetWaveformInSecs without lValue", v.GetWaveformInSecs(0, 1.5, 100), vbString
-Dim rMin, rMax, dataPoints, lValue
-rMin = 0
-rMax = 1.5
-dataPoints = 100
-lValue = 1
 Checked "GetWaveformInSecs variables with lValue", v.GetWaveformInSecs(rMin, rMax, dataPoints, lValue), vbString
 Checked "GetWaveformInMilliSec literals", v.GetWaveformInMilliSec(0, 1500, 100), vbString
-Checked "GetWaveformInMilliSec variables", v.GetWaveformInMilliSec(rMin, rMax, dataPoints), vbString
 
-v.EnableMeasurements True
-Check "EnableMeasurements literal"
+v.EnableMeasurements True: Check "EnableMeasurements literal"
 flag = False
-v.EnableMeasurements flag
-Check "EnableMeasurements variable"
-v.SetMasInputtype True
-Check "SetMasInputtype"
+v.EnableMeasurements flag: Check "EnableMeasurements variable"
+v.SetMasInputtype True: Check "SetMasInputtype"
 
 Dim filters(4), filterCount
-v.GetValidTargetFilters filters, 5
-Check "GetValidTargetFilters array, literal"
 filterCount = 5
-v.GetValidTargetFilters filters, filterCount
-Check "GetValidTargetFilters array, variable"
+v.GetValidTargetFilters filters, 5: Check "GetValidTargetFilters array, literal"
+v.GetValidTargetFilters filters, filterCount: Check "GetValidTargetFilters array, variable"
 Expect "GetValidTargetFilters", UBound(filters) = 4, "the array now ends at " & UBound(filters)
-v.GetValidTargetFilters Array("Mo/Mo", "W/Rh"), 2
-Check "GetValidTargetFilters array literal"
+v.GetValidTargetFilters Array("Mo/Mo", "W/Rh"), 2: Check "GetValidTargetFilters array literal"
 
-Checked "Val_OS literal", v.Val_OS("12.5"), vbDouble
-Dim numberText, detectorIndex
+Dim numberText
 numberText = "12.5"
+Checked "Val_OS literal", v.Val_OS("12.5"), vbDouble
 Checked "Val_OS variable", v.Val_OS(numberText), vbDouble
 Checked "pDetectorName literal", v.pDetectorName(0), vbString
-detectorIndex = 0
-Checked "pDetectorName variable", v.pDetectorName(detectorIndex), vbString
 
 Checked "SendCompareData literals", v.SendCompareData(1, 22, 760, 22.5, 760.5, 20, 2, 1, 1, 1, 0, 1, 2, 0, 0), vbBoolean
 Dim lADCF, lSetTemperature, lSetPressure, rSetTemperature, rSetPressure, lRefTeperature, lMode, bAutoReset
 Dim lDoseUnit, lDoseRateUnit, lFrameRate, lTempUnit, lPresUnit, rOffPres, rOffTemp
-lADCF = 1
-lSetTemperature = 22
-lSetPressure = 760
-rSetTemperature = 22.5
-rSetPressure = 760.5
-lRefTeperature = 20
-lMode = 2
-bAutoReset = 1
-lDoseUnit = 1
-lDoseRateUnit = 1
-lFrameRate = 0
-lTempUnit = 1
-lPresUnit = 2
-rOffPres = 0
-rOffTemp = 0
+lADCF = 1: lSetTemperature = 22: lSetPressure = 760: rSetTemperature = 22.5: rSetPressure = 760.5
+lRefTeperature = 20: lMode = 2: bAutoReset = 1: lDoseUnit = 1: lDoseRateUnit = 1: lFrameRate = 0
+lTempUnit = 1: lPresUnit = 2: rOffPres = 0: rOffTemp = 0
 Checked "SendCompareData variables", v.SendCompareData(lADCF, lSetTemperature, lSetPressure, rSetTemperature, _
   rSetPressure, lRefTeperature, lMode, bAutoReset, lDoseUnit, lDoseRateUnit, lFrameRate, lTempUnit, lPresUnit, _
   rOffPres, rOffTemp), vbBoolean
@@ -235,8 +175,7 @@ For Each compared In Array(lADCF, lSetTemperature, lSetPressure, rSetTemperature
   Expect "SendCompareData", IsNumeric(compared) And Not IsEmpty(compared), "a variable came back without a number"
 Next
 
-q.CloseApp
-Check "CloseApp"
+q.CloseApp: Check "CloseApp"
 Check "the end"
 
 WScript.Echo "members: " & calls & " calls, " & failures & " failures"

@@ -54,53 +54,21 @@ struct RecordingEvents final : InstrumentEvents {
   }
 };
 
-/// Scans, connects every detector the scan finds (type by type) and puts them in the detector table.
-inline void connectEveryDetector(PluginContext& context) {
-  MBdllFunctions& library = context.library;
-  library.MBRegisterApplication(1);
-  library.MBScanForDetectors();
-  while (library.MBGetScanCompleteStatus() == 1) continue;
-  std::vector<DetectorInfo> found;
-  std::vector<std::int32_t> kinds, ids;
-  std::vector<std::uint8_t> types;
-  for (const std::int32_t type : {1, 2, 3, 4, 5}) {
-    for (const DetectorInfo& info :
-         library.MBGetDetectorInfoOfType(type, library.MBGetNumberOfDetectors(type))) {
-      found.push_back(info);
-      kinds.push_back(type);
-      ids.push_back(info.identifier);
-      types.push_back(static_cast<std::uint8_t>(type));
-    }
-  }
-  library.MBConnectToDetectors(ids, types);
-  context.state.setConnectedDetectors(found, kinds);
-}
-
-/// An event pump that runs a nested call once, from inside its second pumping.
-struct NestingPump final : EventPump {
-  std::function<void()> nested;
-  int pumps = 0;
-  void pumpEvents() override {
-    if (++pumps == 2 && nested) nested();
-  }
-};
-
 /// An instrument over the simulator with every fake service and every detector connected.
 struct InstrumentRig {
-  /// Connects the detectors (JSON objects), runs their exposures to the end when asked, and clears the
-  /// call log and the trace.
+  /// Connects the detectors (JSON objects), sets the mode and arms them, runs their exposures to the end
+  /// when asked, and clears the call log and the trace.
   void start(const std::string& detectors, const std::string& mode = "RADIO", bool runExposures = true) {
     simulator = std::make_unique<Simulator>(R"({"scan": {"pollsUntilComplete": 0}, "detectors": [)" +
                                             detectors + "]}");
-    PlatformServices services = platform.services();
-    context = std::make_unique<PluginContext>(
-        MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH),
-        PlatformServices{services.language, services.traceSink, services.registry, services.windows,
-                         services.datePicker, services.sound, services.messageBoxes, pump, services.dialogs,
-                         services.clock, services.locale, services.noticeBoxes, services.sharedMemory});
+    context = std::make_unique<PluginContext>(MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH),
+                                              platform.services());
     instrument = std::make_unique<Instrument>(*context, events);
     context->state.resetDetectors();
-    if (!detectors.empty()) connectEveryDetector(*context);
+    if (!detectors.empty()) {
+      const ConnectedDetectors connected = connectAllDetectors(context->library);
+      context->state.setConnectedDetectors(connected.found, connected.kinds);
+    }
     instrument->pCurrentMode(mode);
     instrument->EnableMeasurements(true);
     MBdllFunctions& library = context->library;
@@ -125,9 +93,9 @@ struct InstrumentRig {
     }
     return result;
   }
+  int calls(const std::string& prefix) const { return static_cast<int>(callsOf(prefix).size()); }
 
   TestPlatform platform;
-  NestingPump pump;
   RecordingEvents events;
   std::unique_ptr<Simulator> simulator;
   std::unique_ptr<PluginContext> context;

@@ -37,7 +37,7 @@ class Simulator {
 
   /// The calls the library received since the last load or clearCalls(), one per element.
   std::vector<std::string> calls() const {
-    std::istringstream lines(text("SimGetCallLog"));
+    std::istringstream lines(text(resolve<TextExport>("SimGetCallLog")));
     std::vector<std::string> result;
     for (std::string line; std::getline(lines, line);) {
       if (!line.empty() && line[0] != '!') result.push_back(line);
@@ -57,20 +57,10 @@ class Simulator {
     resolve<decltype(&SimGetDetectorState)>("SimGetDetectorState")(identifier, &state);
     return state;
   }
-  SimLibraryState libraryState() const {
-    SimLibraryState state{};
-    resolve<decltype(&SimGetLibraryState)>("SimGetLibraryState")(&state);
-    return state;
-  }
   std::string chamberFile(std::int32_t identifier) const {
-    const auto read = resolve<decltype(&SimGetChamberFile)>("SimGetChamberFile");
-    std::string buffer(static_cast<std::size_t>(read(identifier, nullptr, 0)), '\0');
-    if (buffer.empty()) return {};
-    read(identifier, buffer.data(), static_cast<std::int32_t>(buffer.size()));
-    buffer.pop_back();
-    return buffer;
+    return text(resolve<decltype(&SimGetChamberFile)>("SimGetChamberFile"), identifier);
   }
-  std::string lastError() const { return text("SimGetLastError"); }
+  std::string lastError() const { return text(resolve<TextExport>("SimGetLastError")); }
 
  private:
   template <typename Function>
@@ -79,17 +69,42 @@ class Simulator {
     if (symbol == nullptr) throw std::runtime_error(std::string("the simulator has no export ") + name);
     return reinterpret_cast<Function>(symbol);
   }
-  std::string text(const char* exportName) const {
-    const auto read = resolve<std::int32_t(MB_STDCALL*)(char*, std::int32_t)>(exportName);
-    std::string buffer(static_cast<std::size_t>(read(nullptr, 0)), '\0');
-    if (buffer.empty()) return {};
-    read(buffer.data(), static_cast<std::int32_t>(buffer.size()));
-    buffer.pop_back();
-    return buffer;
+  using TextExport = std::int32_t(MB_STDCALL*)(char*, std::int32_t);
+  /// The whole text of a text export.
+  template <typename Export, typename... Arguments>
+  static std::string text(Export read, Arguments... arguments) {
+    std::string buffer(static_cast<std::size_t>(read(arguments..., nullptr, 0)) + 1, '\0');
+    read(arguments..., buffer.data(), static_cast<std::int32_t>(buffer.size()));
+    return buffer.c_str();
   }
 
   MBdllFunctions library_;
   std::unique_ptr<DynamicLibrary> control_;
 };
+
+/// The detectors a scan finds, connected kind by kind (1 to 5), and their kinds.
+struct ConnectedDetectors {
+  std::vector<DetectorInfo> found;
+  std::vector<std::int32_t> kinds;
+};
+inline ConnectedDetectors connectAllDetectors(MBdllFunctions& library) {
+  library.MBRegisterApplication(1);
+  library.MBScanForDetectors();
+  for (int polls = 0; library.MBGetScanCompleteStatus() == 1 && polls < 100;) ++polls;
+  ConnectedDetectors connected;
+  std::vector<std::int32_t> ids;
+  std::vector<std::uint8_t> types;
+  for (const std::int32_t type : {1, 2, 3, 4, 5}) {
+    for (const DetectorInfo& info :
+         library.MBGetDetectorInfoOfType(type, library.MBGetNumberOfDetectors(type))) {
+      connected.found.push_back(info);
+      connected.kinds.push_back(type);
+      ids.push_back(info.identifier);
+      types.push_back(static_cast<std::uint8_t>(type));
+    }
+  }
+  EXPECT_NE(library.MBConnectToDetectors(ids, types), 0);
+  return connected;
+}
 
 }  // namespace rx9400::testing

@@ -4,12 +4,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/PluginContext.h"
@@ -17,10 +20,20 @@
 
 namespace rx9400::testing {
 
+/// The trace viewer: the lines it received. It may not be running, and a send may fail.
 struct RecordingTraceSink final : TraceSink {
   std::vector<std::string> lines;
-  bool findViewer() override { return true; }
-  void send(std::string_view line) override { lines.emplace_back(line); }
+  bool viewerRunning = true;
+  bool failSending = false;  ///< the next send throws
+  int searches = 0;
+  bool findViewer() override {
+    ++searches;
+    return viewerRunning;
+  }
+  void send(std::string_view line) override {
+    if (std::exchange(failSending, false)) throw std::runtime_error("viewer gone");
+    lines.emplace_back(line);
+  }
   bool contains(const std::string& text) const {
     for (const auto& line : lines) {
       if (line.find(text) != std::string::npos) return true;
@@ -29,21 +42,43 @@ struct RecordingTraceSink final : TraceSink {
   }
 };
 
-struct NoRegistry final : Registry {
-  std::optional<std::int32_t> topmostSetting;
-  std::optional<Key> openLocalMachineKey(std::string_view) override {
-    return topmostSetting ? std::optional<Key>(1) : std::nullopt;
+/// The executive's settings key, missing unless a test gives it; every opening is counted.
+struct FakeRegistry final : Registry {
+  bool keyExists = false;
+  std::optional<ValueInfo> info;
+  std::optional<std::int32_t> dword;
+  int opens = 0;
+  std::optional<Key> openLocalMachineKey(std::string_view subKey) override {
+    ++opens;
+    EXPECT_EQ(subKey, "Software\\Brume\\tamsa\\Executive\\System");
+    return keyExists ? std::optional<Key>(42) : std::nullopt;
   }
-  std::optional<ValueInfo> queryValueInfo(Key, std::string_view) override { return ValueInfo{kDwordType, 4}; }
-  std::optional<std::int32_t> queryDword(Key, std::string_view) override { return topmostSetting; }
+  std::optional<ValueInfo> queryValueInfo(Key key, std::string_view name) override {
+    EXPECT_EQ(key, 42u);
+    EXPECT_EQ(name, "Test guide settings");
+    return info;
+  }
+  std::optional<std::int32_t> queryDword(Key, std::string_view) override { return dword; }
 };
 
+/// Windows with the given rectangles (the scripted views' window and focused control among them); the
+/// pointer's moves as {x, y} and topmost placements as {window, x, y, width, height}, in order.
 struct FakeWindows final : WindowSystem {
-  std::vector<WindowHandle> topmost;
-  int cursorMoves = 0;
-  std::optional<WindowRect> windowRect(WindowHandle) override { return WindowRect{0, 0, 100, 50}; }
-  void setCursorPosition(int, int) override { ++cursorMoves; }
-  void makeTopmost(WindowHandle window, int, int, int, int) override { topmost.push_back(window); }
+  std::map<WindowHandle, WindowRect> rects{{0x1000, {0, 0, 100, 50}}, {0x1001, {10, 10, 60, 30}}};
+  std::vector<std::vector<int>> calls;
+  std::optional<WindowRect> windowRect(WindowHandle window) override {
+    const auto found = rects.find(window);
+    return found == rects.end() ? std::nullopt : std::optional<WindowRect>(found->second);
+  }
+  void setCursorPosition(int x, int y) override { calls.push_back({x, y}); }
+  void makeTopmost(WindowHandle window, int x, int y, int width, int height) override {
+    calls.push_back({static_cast<int>(window), x, y, width, height});
+  }
+  /// How many calls had `arguments` arguments: 2 for the pointer, 5 for topmost placements.
+  long count(std::size_t arguments) const {
+    return std::count_if(calls.begin(), calls.end(),
+                         [&](const auto& call) { return call.size() == arguments; });
+  }
 };
 
 struct FakeDatePicker final : DatePickerControl {
@@ -67,26 +102,27 @@ struct FakeSound final : Sound {
   void sleep(int milliseconds) override { calls.push_back("sleep " + std::to_string(milliseconds)); }
 };
 
+/// Boxes the user answers with OK.
 struct FakeMessageBoxes final : MessageBoxes {
   struct Box {
-    std::string text;
-    std::string caption;
+    std::string text, caption;
     int style;
   };
   std::vector<Box> shown;
-  std::deque<int> answers;  ///< answered in turn; kAnswerOk when none is left
   int show(const std::string& text, const std::string& caption, int style) override {
     shown.push_back({text, caption, style});
-    if (answers.empty()) return kAnswerOk;
-    const int answer = answers.front();
-    answers.pop_front();
-    return answer;
+    return kAnswerOk;
   }
 };
 
-struct CountingEventPump final : EventPump {
+/// Counts its pumpings; runs `nested` once, from inside its second pumping (a call arriving while the
+/// plug-in waits).
+struct TestPump final : EventPump {
+  std::function<void()> nested;
   int pumps = 0;
-  void pumpEvents() override { ++pumps; }
+  void pumpEvents() override {
+    if (++pumps == 2 && nested) nested();
+  }
 };
 
 struct ManualClock final : Clock {
@@ -94,38 +130,12 @@ struct ManualClock final : Clock {
   std::uint32_t milliseconds() override { return now; }
 };
 
-/// A locale with a chosen decimal separator and Latin-1 as its code page.
+/// A locale with a chosen decimal separator whose code page is UTF-8.
 struct FixedLocale final : Locale {
   std::string separator = ".";
   std::string decimalSeparator() override { return separator; }
-  std::string toAnsi(const std::string& text) override {
-    std::string bytes;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-      const auto c = static_cast<unsigned char>(text[i]);
-      if (c < 0x80) {
-        bytes.push_back(static_cast<char>(c));
-      } else if ((c & 0xE0) == 0xC0 && i + 1 < text.size()) {
-        bytes.push_back(
-            static_cast<char>(((c & 0x1F) << 6) | (static_cast<unsigned char>(text[++i]) & 0x3F)));
-      } else {
-        bytes.push_back('?');
-      }
-    }
-    return bytes;
-  }
-  std::string fromAnsi(const std::string& bytes) override {
-    std::string text;
-    for (const char b : bytes) {
-      const auto c = static_cast<unsigned char>(b);
-      if (c < 0x80) {
-        text.push_back(b);
-      } else {
-        text.push_back(static_cast<char>(0xC0 | (c >> 6)));
-        text.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-      }
-    }
-    return text;
-  }
+  std::string toAnsi(const std::string& text) override { return text; }
+  std::string fromAnsi(const std::string& bytes) override { return bytes; }
 };
 
 /// Notice boxes that record what they showed; a test presses their buttons. The records outlive the
@@ -160,11 +170,12 @@ struct RecordingNoticeBoxes final : NoticeBoxes {
   }
 };
 
-/// Common parts of the scripted views: captions, title, modal display.
-template <typename Interface>
+/// Common parts of the scripted views: the presenter, captions, title, modal display.
+template <typename Interface, typename Presenter>
 class ScriptedView : public Interface {
  public:
   explicit ScriptedView(std::vector<std::string> designCaptions) : captions_(std::move(designCaptions)) {}
+  void attach(Presenter& presenter) override { presenter_ = &presenter; }
   void hide() override { hidden_ = true; }
   WindowHandle window() override { return 0x1000; }
   WindowHandle focusedControl() override { return 0x1001; }
@@ -182,7 +193,15 @@ class ScriptedView : public Interface {
   bool captionsFail = false;  ///< the translation of the captions fails
 
  protected:
+  /// A showing begins: the presenter loads the dialog.
+  Presenter& open() {
+    ++showings;
+    hidden_ = false;
+    presenter_->load();
+    return *presenter_;
+  }
   bool hidden_ = false;
+  Presenter* presenter_ = nullptr;
 
  private:
   std::vector<std::string> captions_;
@@ -191,15 +210,11 @@ class ScriptedView : public Interface {
 
 /// The scan dialog run by its timer; the user presses Stop after `stopAfterTicks` ticks (never when
 /// negative). A dialog that neither closes nor is stopped fails the test after 1000 ticks.
-class ScriptedScanView final : public ScriptedView<ScanDialogView> {
+class ScriptedScanView final : public ScriptedView<ScanDialogView, ScanDialog> {
  public:
   ScriptedScanView() : ScriptedView({"22413::Scanning...", "22412::Stop"}) {}
-  void attach(ScanDialog& presenter) override { presenter_ = &presenter; }
   void showModal() override {
-    ++showings;
-    hidden_ = false;
-    presenter_->load();
-    presenter_->activated();
+    open().activated();
     for (ticks = 0; !hidden_; ++ticks) {
       if (ticks == stopAfterTicks) {
         presenter_->stopClicked();
@@ -220,22 +235,16 @@ class ScriptedScanView final : public ScriptedView<ScanDialogView> {
   bool timerEnabled = false;
   std::vector<int> intervals;
   std::vector<int> frames;
-
- private:
-  ScanDialog* presenter_ = nullptr;
 };
 
 /// The connect dialog: on each showing, runs the next script (the user's actions) against the
 /// presenter; a showing without a script, or whose script ends with the dialog open, is closed.
-class ScriptedConnectView final : public ScriptedView<ConnectDialogView> {
+class ScriptedConnectView final : public ScriptedView<ConnectDialogView, ConnectDialog> {
  public:
   using Script = std::function<void(ConnectDialog&, ScriptedConnectView&)>;
   ScriptedConnectView() : ScriptedView({"25701::Select Detector(s)", "22407::Connect", "22408::Cancel"}) {}
-  void attach(ConnectDialog& presenter) override { presenter_ = &presenter; }
   void showModal() override {
-    ++showings;
-    hidden_ = false;
-    presenter_->load();
+    open();
     if (!scripts.empty()) {
       Script script = scripts.front();
       scripts.pop_front();
@@ -264,41 +273,23 @@ class ScriptedConnectView final : public ScriptedView<ConnectDialogView> {
   std::vector<bool> ticks;
   DetectorDetails details;
   std::vector<int> radio;
-
- private:
-  ConnectDialog* presenter_ = nullptr;
 };
 
-class ScriptedZeroErrorView final : public ScriptedView<ZeroErrorDialogView> {
+class ScriptedZeroErrorView final : public ScriptedView<ZeroErrorDialogView, ZeroErrorDialog> {
  public:
   enum class Answer { Retry, Connect, Close };
   ScriptedZeroErrorView()
       : ScriptedView(
             {"22418::Retry", "22407::Connect", "22415:: Detector Zero Error.", "22409::Suggestions :"}) {}
-  void attach(ZeroErrorDialog& presenter) override { presenter_ = &presenter; }
   void showModal() override {
-    ++showings;
-    hidden_ = false;
-    presenter_->load();
-    presenter_->activated();
-    switch (answer) {
-      case Answer::Retry:
-        presenter_->retryClicked();
-        break;
-      case Answer::Connect:
-        presenter_->connectClicked();
-        break;
-      case Answer::Close:
-        break;
-    }
+    open().activated();
+    if (answer == Answer::Retry) presenter_->retryClicked();
+    if (answer == Answer::Connect) presenter_->connectClicked();
   }
   void setDetectorLine(const std::string& line) override { detectorLine = line; }
 
   Answer answer = Answer::Retry;
   std::string detectorLine;
-
- private:
-  ZeroErrorDialog* presenter_ = nullptr;
 };
 
 /// Hands out the scripted views, which the test configures before the code shows them.
@@ -316,12 +307,12 @@ struct ScriptedDialogs final : DialogFactory {
 struct TestPlatform {
   DefaultLanguage language;
   RecordingTraceSink trace;
-  NoRegistry registry;
+  FakeRegistry registry;
   FakeWindows windows;
   FakeDatePicker datePicker;
   FakeSound sound;
   FakeMessageBoxes boxes;
-  CountingEventPump pump;
+  TestPump pump;
   ScriptedDialogs dialogs;
   ManualClock clock;
   FixedLocale locale;

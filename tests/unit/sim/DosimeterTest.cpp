@@ -7,15 +7,6 @@ namespace {
 
 constexpr std::int32_t kDose = 4712;
 
-CalFactor calFactor(const char* name, std::int32_t unit, float constant, std::int16_t number = 0) {
-  CalFactor factor{};
-  std::strncpy(factor.name, name, sizeof factor.name);
-  factor.unitCode = unit;
-  factor.calConstant = constant;
-  factor.number = number;
-  return factor;
-}
-
 using SimDosimeter = SimTest;
 
 TEST_F(SimDosimeter, PublishesTheChamberFileWithAZeroByteAfterTheText) {
@@ -33,7 +24,10 @@ TEST_F(SimDosimeter, AddsNumberedEntriesUpToTheLimits) {
   char name[20];
   std::memcpy(name, "ABCDEFGHIJKLMNOxyzw", sizeof name);  // 15 name bytes, then no zero byte
   EXPECT_EQ(MBAddNewIonChamber(kDose, name), 3);
-  CalFactor factor = calFactor("Q1", 2, 1.5F);
+  CalFactor factor{};
+  std::strncpy(factor.name, "Q1", sizeof factor.name);
+  factor.unitCode = 2;
+  factor.calConstant = 1.5F;
   EXPECT_EQ(MBAddNewCalFactor(kDose, 9, &factor), 0) << "no such chamber";
   for (int number = 1; number <= 10; ++number) ASSERT_EQ(MBAddNewCalFactor(kDose, 3, &factor), number);
   EXPECT_EQ(MBAddNewCalFactor(kDose, 3, &factor), 0) << "an eleventh";

@@ -7,8 +7,6 @@
 namespace rx9400::simtest {
 namespace {
 
-using SimScan = SimTest;
-
 struct Cycle {
   const char* name;
   std::string scenario;
