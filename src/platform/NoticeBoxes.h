@@ -17,7 +17,7 @@ class NoticeBox {
   virtual void setHeading(const std::string& text) = 0;
   virtual void setMessage(const std::string& text) = 0;
   virtual void setButton1(const std::string& text) = 0;
-  /// An empty text leaves the second button without a caption.
+  /// An empty text hides the second button.
   virtual void setButton2(const std::string& text) = 0;
   virtual void setCaption(const std::string& text) = 0;
 };
