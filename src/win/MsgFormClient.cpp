@@ -16,6 +16,7 @@
 
 #include "win/ComSupport.h"
 #include "win/MsgForm_h.h"
+#include "win/SingleInterface.h"
 
 namespace rx9400::win {
 namespace {
@@ -29,10 +30,12 @@ std::string hresultText(HRESULT hr) {
 /// The tie to one form: the form, the connection point the link is advised on, and the handlers its
 /// events call. It is the event sink too, and counts as a live object of the module while the server
 /// may still hold it.
-class MsgFormLink final : public IDispatch {
+class MsgFormLink final : public SingleInterface<IDispatch> {
  public:
   MsgFormLink(std::function<void()> onButton1, std::function<void()> onButton2)
-      : onButton1_(std::move(onButton1)), onButton2_(std::move(onButton2)) {
+      : SingleInterface(DIID__IMessageFormEvents),
+        onButton1_(std::move(onButton1)),
+        onButton2_(std::move(onButton2)) {
     objectCreated();
   }
   MsgFormLink(const MsgFormLink&) = delete;
@@ -91,24 +94,6 @@ class MsgFormLink final : public IDispatch {
     if (!released && calls_ == 0) CoDisconnectObject(static_cast<IDispatch*>(this), 0);
   }
 
-  // IUnknown
-  STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    *out = nullptr;
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IDispatch) &&
-        !IsEqualIID(iid, DIID__IMessageFormEvents))
-      return E_NOINTERFACE;
-    *out = static_cast<IDispatch*>(this);
-    AddRef();
-    return S_OK;
-  }
-  STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
-  STDMETHODIMP_(ULONG) Release() override {
-    const LONG remaining = InterlockedDecrement(&references_);
-    if (remaining == 0) delete this;
-    return static_cast<ULONG>(remaining);
-  }
-
   // IDispatch: the events come by DISPID (Button1Click 1, Button2Click 2).
   STDMETHODIMP GetTypeInfoCount(UINT* count) override {
     if (count == nullptr) return E_POINTER;
@@ -138,7 +123,7 @@ class MsgFormLink final : public IDispatch {
   }
 
  private:
-  ~MsgFormLink() { objectDestroyed(); }
+  ~MsgFormLink() override { objectDestroyed(); }
 
   std::function<void()> onButton1_;
   std::function<void()> onButton2_;
@@ -146,7 +131,6 @@ class MsgFormLink final : public IDispatch {
   IConnectionPoint* point_ = nullptr;
   DWORD cookie_ = 0;
   int calls_ = 0;  ///< events being handled
-  LONG references_ = 1;
 };
 
 class MsgFormBox final : public NoticeBox {
