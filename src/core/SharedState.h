@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "device/EnumsStructs.h"
+#include "ionchamber/IonChamberTable.h"
 
 namespace rx9400 {
 
@@ -51,13 +52,7 @@ struct SharedState {
   bool dosimeterSettingsLocked = false;    ///< the ADCF and unit records are left alone while set
   bool preferSecondDoseUnit = false;       ///< a dosimeter dose unit out of range becomes 2, not 1
 
-  std::vector<IonChamber> ionChambers;  ///< the chambers and cal factors read from the dosimeter
-  std::uint8_t ionChamberCount = 0;
-  std::int16_t selectedChamber = 0;    ///< chamber number handed to the dosimeter; 0 = none
-  std::int16_t selectedCalFactor = 0;  ///< cal factor number handed to the dosimeter; 0 = none
-  std::string selectedChamberName;
-  bool noIonChamber = false;  ///< the user chose "No Ion Chamber"
-  bool readOnly = false;      ///< the ion chamber dialogs only let the user choose
+  IonChamberTable ionChambers;  ///< the dosimeter's chambers and cal factors, and the choice
 
   /// Each detector list back to one empty slot (identifier 0).
   void resetDetectors();
@@ -72,6 +67,8 @@ struct SharedState {
   std::int32_t kindAt(std::size_t slot) const;
   /// Empties a slot: the detector leaves every later walk of the table.
   void removeDetector(std::size_t slot);
+  /// The identifiers of the connected dosimeters (type 3 or 5, identifier at least 1), in slot order.
+  std::vector<std::int32_t> dosimeterIdentifiers() const;
 };
 
 }  // namespace rx9400

@@ -1,0 +1,1 @@
+#include "ionchamber/IonChamberSetupDialog.h"

@@ -1,0 +1,116 @@
+// The dosimeter's ion chambers and cal factors.
+#include "ionchamber/IonChamberTable.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+
+#include "core/NumberText.h"
+
+namespace rx9400 {
+
+std::string nameOf(const IonChamber& chamber) {
+  return textOfFixedBytes(chamber.name, kChamberNameLength);
+}
+
+std::string nameOf(const CalFactor& calFactor) {
+  return textOfFixedBytes(calFactor.name, kChamberNameLength);
+}
+
+void setName(char (&field)[kChamberNameLength], std::string_view name) {
+  const std::string bytes = fixedLengthBytes(name, kChamberNameLength);
+  std::memcpy(field, bytes.data(), kChamberNameLength);
+}
+
+std::size_t IonChamberTable::size() const {
+  return std::min<std::size_t>(count, records.size());
+}
+
+IonChamber& IonChamberTable::at(std::size_t index) {
+  if (index >= size()) throw std::out_of_range("no ion chamber at this index");
+  return records[index];
+}
+
+const IonChamber& IonChamberTable::at(std::size_t index) const {
+  if (index >= size()) throw std::out_of_range("no ion chamber at this index");
+  return records[index];
+}
+
+CalFactor& IonChamberTable::calFactorAt(std::size_t chamber, std::size_t slot) {
+  IonChamber& record = at(chamber);
+  if (slot >= std::min<std::size_t>(record.calFactorCount, kMaxCalFactors)) {
+    throw std::out_of_range("no cal factor in this slot");
+  }
+  return record.calFactors[slot];
+}
+
+std::optional<std::size_t> IonChamberTable::indexOfNumber(std::int16_t number) const {
+  for (std::size_t i = 0; i < size(); ++i) {
+    if (records[i].number != 0 && records[i].number == number) return i;
+  }
+  return std::nullopt;
+}
+
+bool IonChamberTable::chamberNameTaken(std::string_view name, std::optional<std::size_t> except) const {
+  for (std::size_t i = 0; i < size(); ++i) {
+    if (i != except && nameOf(records[i]) == name) return true;
+  }
+  return false;
+}
+
+bool IonChamberTable::calFactorNameTaken(std::size_t chamber, std::string_view name,
+                                         std::optional<std::size_t> except) const {
+  const IonChamber& record = at(chamber);
+  const std::size_t used = std::min<std::size_t>(record.calFactorCount, kMaxCalFactors);
+  for (std::size_t slot = 0; slot < used; ++slot) {
+    if (slot != except && nameOf(record.calFactors[slot]) == name) return true;
+  }
+  return false;
+}
+
+std::size_t IonChamberTable::appendChamber(std::string_view name, std::int16_t number) {
+  if (count == 255) throw std::length_error("the ion chamber count is full");
+  const std::size_t index = count;
+  records.resize(index + 1);
+  records[index] = IonChamber{};
+  setName(records[index].name, name);
+  records[index].number = number;
+  ++count;
+  return index;
+}
+
+void IonChamberTable::dropLastChamber() {
+  if (count > 0) --count;
+}
+
+CalFactor& IonChamberTable::nextCalFactorSlot(std::size_t chamber) {
+  IonChamber& record = at(chamber);
+  if (record.calFactorCount >= kMaxCalFactors) throw std::out_of_range("all ten cal factors are used");
+  return record.calFactors[record.calFactorCount];
+}
+
+void IonChamberTable::removeMarked() {
+  std::vector<IonChamber> kept;
+  for (std::size_t i = 0; i < size(); ++i) {
+    if (records[i].mark == 1) continue;
+    IonChamber chamber = records[i];
+    std::size_t used = 0;
+    for (std::size_t slot = 0; slot < std::min<std::size_t>(chamber.calFactorCount, kMaxCalFactors); ++slot) {
+      if (chamber.calFactors[slot].mark != 1) chamber.calFactors[used++] = chamber.calFactors[slot];
+    }
+    std::fill(std::begin(chamber.calFactors) + used, std::end(chamber.calFactors), CalFactor{});
+    chamber.calFactorCount = static_cast<std::uint8_t>(used);
+    kept.push_back(chamber);
+  }
+  records = std::move(kept);
+  count = static_cast<std::uint8_t>(records.size());
+}
+
+void IonChamberTable::clearMarks() {
+  for (IonChamber& chamber : records) {
+    chamber.mark = 0;
+    for (CalFactor& calFactor : chamber.calFactors) calFactor.mark = 0;
+  }
+}
+
+}  // namespace rx9400
