@@ -10,6 +10,10 @@ class Win32Dialogs final : public DialogFactory {
   std::shared_ptr<ScanDialogView> newScanView() override;
   std::shared_ptr<ConnectDialogView> newConnectView() override;
   std::shared_ptr<ZeroErrorDialogView> newZeroErrorView() override;
+  // The ion chamber dialogs' Win32 views are not built yet: no view, and nothing is shown.
+  std::shared_ptr<IonChamberSetupView> newIonChamberSetupView() override { return nullptr; }
+  std::shared_ptr<EditIonChamberView> newEditIonChamberView() override { return nullptr; }
+  std::shared_ptr<DeleteIonChamberView> newDeleteIonChamberView() override { return nullptr; }
 };
 
 }  // namespace rx9400::win
