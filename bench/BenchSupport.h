@@ -99,6 +99,11 @@ struct SimulatedInstrument {
     reinterpret_cast<decltype(&SimLoadScenarioText)>(control->findSymbol("SimLoadScenarioText"))(
         scenario.c_str());
     clearLog = reinterpret_cast<decltype(&SimClearCallLog)>(control->findSymbol("SimClearCallLog"));
+    connectEveryDetector();
+  }
+
+  /// Scans and connects every detector found, type by type, into the shared detector table.
+  void connectEveryDetector() {
     MBdllFunctions& library = context.library;
     library.MBScanForDetectors();
     library.MBGetScanCompleteStatus();
