@@ -15,36 +15,25 @@ using Fields = std::vector<std::string>;
 
 class IonChamberDialogs : public ::testing::Test {
  protected:
-  /// A dosimeter (303) whose chambers "IC1"… each hold cal factors "CF1"… (constant 2.5E-3 Gy/C), known
-  /// to the simulator and to the table; `others` are more detectors, `faults` the dosimeter's faults.
+  /// A dosimeter (303) whose chambers "IC1"… each hold cal factors "CF1"… (constant 2.5E-3 Gy/C), read
+  /// into the table from its chamber file; `others` are more detectors, `faults` the dosimeter's faults.
   void start(int chambers, int calFactors, const std::string& others = "", const std::string& faults = "{}") {
     std::string list;
-    std::vector<IonChamber> records;
     for (int c = 1; c <= chambers; ++c) {
-      IonChamber record{};
-      setName(record.name, "IC" + std::to_string(c));
-      record.number = static_cast<std::int16_t>(c);
-      record.calFactorCount = static_cast<std::uint8_t>(calFactors);
       std::string factors;
       for (int f = 1; f <= calFactors; ++f) {
-        CalFactor& factor = record.calFactors[f - 1];
-        factor = {3, 2.5e-3F, static_cast<std::int16_t>(f), {}, 0, {}};
-        setName(factor.name, "CF" + std::to_string(f));
         factors += std::string(f > 1 ? "," : "") + R"({"name": "CF)" + std::to_string(f) +
                    R"(", "unit": 3, "constant": 0.0025})";
       }
       list += std::string(c > 1 ? "," : "") + R"({"name": "IC)" + std::to_string(c) +
               R"(", "calFactors": [)" + factors + "]}";
-      records.push_back(record);
     }
     rig.start(R"({"identifier": 303, "typeCode": 3, "dosimeter": {"chambers": [)" + list +
                   R"(]}, "faults": )" + faults + "}" + others,
               "RADIO", false);
+    ASSERT_EQ(rig.instrument->GetIonChamberInfo(), chambers);
+    rig.simulator->clearCalls();
     rig.platform.boxes.shown.clear();
-    table().records = records;
-    table().count = static_cast<std::uint8_t>(chambers);
-    table().selectedChamber = chambers > 0 ? 1 : 0;
-    table().selectedCalFactor = calFactors > 0 ? 1 : 0;
   }
   IonChamberTable& table() { return rig.context->state.ionChambers; }
   ScriptedSetupView& setup() { return *rig.platform.dialogs.setup; }
