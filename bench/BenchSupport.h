@@ -48,6 +48,9 @@ struct QuietServices final : TraceSink,
   std::shared_ptr<ScanDialogView> newScanView() override { return nullptr; }
   std::shared_ptr<ConnectDialogView> newConnectView() override { return nullptr; }
   std::shared_ptr<ZeroErrorDialogView> newZeroErrorView() override { return nullptr; }
+  std::shared_ptr<IonChamberSetupView> newIonChamberSetupView() override { return nullptr; }
+  std::shared_ptr<EditIonChamberView> newEditIonChamberView() override { return nullptr; }
+  std::shared_ptr<DeleteIonChamberView> newDeleteIonChamberView() override { return nullptr; }
   std::uint32_t milliseconds() override { return 1000; }
   std::string decimalSeparator() override { return "."; }
   std::string toAnsi(const std::string& text) override { return text; }

@@ -171,6 +171,8 @@ inline constexpr std::string_view kSelectSomethingToDelete                  = "2
 inline constexpr std::string_view kConfirmDelete                            = "25234::Do you want to delete all selected Ion Chambers and its Cal Factors?";
 inline constexpr std::string_view kDeleteIonChamber                         = "25283::Delete Ion Chamber";
 inline constexpr std::string_view kDeletingSelectedIonChambersAndCalFactors = "25283::Deleting selected Ion Chambers and Cal Factors. Please wait...";
+// The plug-in's own text where the dosimeter dialogs have no detector to address.
+inline constexpr std::string_view kNoDosimeterConnected                     = "25290::No dosimeter is connected. Please connect a Kalmet detector and try again.";
 inline constexpr std::string_view kRX9400WDOld                              = "22402::RX 9400WD(";
 inline constexpr std::string_view kSuggestionsOld                           = "22409::Suggestions:";
 inline constexpr std::string_view kZeroErrorRetryOld                        = "22416::1) Click on Retry to check error status.";
@@ -339,6 +341,7 @@ inline constexpr std::string_view kAll[] = {
     kConfirmDelete,
     kDeleteIonChamber,
     kDeletingSelectedIonChambersAndCalFactors,
+    kNoDosimeterConnected,
     kRX9400WDOld,
     kSuggestionsOld,
     kZeroErrorRetryOld,

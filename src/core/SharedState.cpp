@@ -38,7 +38,8 @@ std::vector<std::int32_t> SharedState::dosimeterIdentifiers() const {
   std::vector<std::int32_t> identifiers;
   for (std::size_t slot = 0; slot < detectors.size(); ++slot) {
     const std::int32_t kind = kindAt(slot);
-    if ((kind == 3 || kind == 5) && detectors[slot].identifier >= 1) identifiers.push_back(detectors[slot].identifier);
+    if ((kind == 3 || kind == 5) && detectors[slot].identifier >= 1)
+      identifiers.push_back(detectors[slot].identifier);
   }
   return identifiers;
 }

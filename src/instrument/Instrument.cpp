@@ -23,9 +23,6 @@ AutomationValue Instrument::CongiureDoseDetector() {
 bool Instrument::ShowDosimeterMode() {
   return false;
 }
-AutomationValue Instrument::DisplayIonChamber() {
-  return {};
-}
 void Instrument::ShowDosimeterIonChamber() {}
 bool Instrument::SendCompareData(CompareData&) {
   return false;

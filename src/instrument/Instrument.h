@@ -102,13 +102,15 @@ class Instrument {
   std::string GetWaveformInSecs(float rMin, float rMax, std::int32_t ldataPoints, std::int32_t lValue);
   std::string GetWaveformInMilliSec(float rMin, float rMax, std::int32_t ldataPoints);
 
+  /// Shows the ion chamber setup dialog modally (topmost when the executive asks); the result is empty.
+  AutomationValue DisplayIonChamber();
+
   // Dosimeter and mAs meter configuration. NOT BUILT YET: each returns its default (empty, 0, False).
   std::string GetDetectorType();
   AutomationValue GetIonChambers();
   std::uint8_t GetIonChamberInfo();
   AutomationValue CongiureDoseDetector();
   bool ShowDosimeterMode();
-  AutomationValue DisplayIonChamber();
   void ShowDosimeterIonChamber();
   bool SendCompareData(CompareData& values);
   void SetMasInputtype(bool bVal);

@@ -53,8 +53,8 @@ class DeleteIonChamberDialog {
 
  private:
   void showCalFactors(int chamber);
-  /// Deletes what is ticked from the dosimeter and the table.
-  void deleteTicked(std::int32_t dosimeter);
+  /// Deletes what is ticked from the dosimeter and the table (with one call when every chamber is).
+  void deleteTicked(std::int32_t dosimeter, bool everyChamber);
 
   PluginContext& context_;
   DeleteIonChamberView& view_;

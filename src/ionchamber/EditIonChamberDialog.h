@@ -18,7 +18,7 @@ namespace rx9400 {
 
 class EditIonChamberDialog;
 
-enum class EditorField { ChamberName, CalFactorName, Mantissa, Exponent };
+enum class EditorField { IonChamberName, CalFactorName, Mantissa, Exponent };
 enum class EditorMode { NewChamber = 1, NewCalFactor = 2, Edit = 3 };
 
 /// Whether a field takes a typed character: `text` is the field before the key, the selection starts
@@ -72,9 +72,10 @@ class EditIonChamberDialog {
   bool namesAndNumbersValid();
   /// The cal factor fields into a slot; `exponentLetter` joins mantissa and exponent.
   void fillCalFactor(CalFactor& slot, const std::string& exponentLetter);
-  void addChamber(std::int32_t dosimeter);
-  void addCalFactor(std::int32_t dosimeter);
-  void edit(std::int32_t dosimeter);
+  // Each answers false when a check refused (the editor stays open), true when the editor may close.
+  bool addChamber(std::int32_t dosimeter);
+  bool addCalFactor(std::int32_t dosimeter);
+  bool edit(std::int32_t dosimeter);
 
   PluginContext& context_;
   EditIonChamberView& view_;

@@ -1,1 +1,272 @@
+// The ion chamber setup dialog's presenter.
 #include "ionchamber/IonChamberSetupDialog.h"
+
+#include "core/NumberText.h"
+#include "core/Placement.h"
+#include "ionchamber/DeleteIonChamberDialog.h"
+#include "ionchamber/EditIonChamberDialog.h"
+#include "session/DialogFactory.h"
+
+namespace rx9400 {
+
+namespace {
+/// The list's entry limits: "No Ion Chamber", nine chambers and "New" (the message names ten), and
+/// ten cal factors besides "New".
+constexpr int kMaxChamberEntries = 1 + 10;
+constexpr int kMaxCalFactorEntries = 10;
+}  // namespace
+
+std::string calConstantLabel(PluginContext& context, const CalFactor& calFactor) {
+  return scientificText(calFactor.calConstant, context.catalogue.text(catalogue::kExponentLetter),
+                        context.services.locale.decimalSeparator()) +
+         context.catalogue.text(unitLiteral(calFactor.unitCode));
+}
+
+IonChamberSetupDialog::IonChamberSetupDialog(PluginContext& context, IonChamberSetupView& view)
+    : context_(context), view_(view) {
+  view_.attach(*this);
+}
+
+void IonChamberSetupDialog::show(bool topmost) {
+  topmost_ = topmost;
+  cancelled_ = false;
+  view_.showModal();
+}
+
+void IonChamberSetupDialog::load() {
+  skipOnFailure([&] {
+    view_.setTitle(context_.catalogue.text(catalogue::kIonChamberSetup));
+    auto captions = view_.captions();
+    context_.catalogue.translateCaptions(captions);
+    view_.setCaptions(captions);
+  });
+  view_.setCalConstantText({});
+  cancelled_ = false;
+  const IonChamberTable& table = context_.state.ionChambers;
+  skipOnFailure([&] { fillLists(table.selectedChamber, table.selectedCalFactor); });
+  if (table.readOnly) {
+    view_.setButtonVisible(SetupButton::Delete, false);
+    view_.setButtonVisible(SetupButton::Edit, false);
+    const int continueLeft = view_.buttonLeft(SetupButton::Continue);
+    view_.setButtonLeft(SetupButton::Continue, view_.buttonLeft(SetupButton::Delete));
+    view_.setButtonLeft(SetupButton::Cancel, continueLeft);
+  } else if (table.count == 0) {
+    enableEditAndDelete(false);
+  }
+  if (topmost_) makeTopmost(context_.services.windows, view_.window());
+}
+
+void IonChamberSetupDialog::activated() {
+  centreCursorOn(context_.services.windows, view_.buttonWindow(SetupButton::Continue));
+}
+
+void IonChamberSetupDialog::fillLists(std::int16_t chamberNumber, std::int16_t calFactorNumber) {
+  IonChamberTable& table = context_.state.ionChambers;
+  std::vector<std::string> entries{context_.catalogue.text(catalogue::kNoIonChamber)};
+  int chosen = 0;
+  if (table.count < 1) {
+    table.selectedChamber = 0;
+    table.selectedCalFactor = 0;
+  } else {
+    for (std::size_t i = 0; i < table.size(); ++i) {
+      if (table.records[i].number == 0) continue;
+      entries.push_back(nameOf(table.records[i]));
+      if (table.records[i].number == chamberNumber) chosen = static_cast<int>(entries.size()) - 1;
+    }
+  }
+  if (!table.readOnly) entries.push_back(context_.catalogue.text(catalogue::kNew));
+  view_.setChamberEntries(entries);
+  chamberEntries_ = static_cast<int>(entries.size());
+  view_.selectChamberEntry(chosen);
+  lastChamberEntry_ = chosen;
+  table.selectedChamberName = entries[static_cast<std::size_t>(chosen)];
+  if (chosen > 0) {
+    fillCalFactors(chosen, calFactorNumber);
+  } else {
+    view_.setCalFactorEntries({});
+    calFactorEntries_ = 0;
+    lastCalFactorEntry_ = -1;
+    view_.setCalConstantText({});
+    enableEditAndDelete(false);
+  }
+}
+
+void IonChamberSetupDialog::fillCalFactors(int entry, std::int16_t calFactorNumber) {
+  const IonChamber& chamber = context_.state.ionChambers.at(static_cast<std::size_t>(entry - 1));
+  std::vector<std::string> entries;
+  int chosen = -1;
+  for (std::size_t slot = 0; slot < std::min<std::size_t>(chamber.calFactorCount, kMaxCalFactors); ++slot) {
+    entries.push_back(nameOf(chamber.calFactors[slot]));
+    if (chosen < 0 && chamber.calFactors[slot].number == calFactorNumber) chosen = static_cast<int>(slot);
+  }
+  if (chosen < 0 && !entries.empty()) chosen = 0;
+  if (!readOnly()) entries.push_back(context_.catalogue.text(catalogue::kNew));
+  view_.setCalFactorEntries(entries);
+  calFactorEntries_ = static_cast<int>(entries.size());
+  view_.selectCalFactorEntry(chosen);
+  lastCalFactorEntry_ = chosen;
+  showCalConstant(entry, chosen);
+  enableEditAndDelete(true);
+}
+
+void IonChamberSetupDialog::showCalConstant(int chamberEntry, int calFactorEntry) {
+  std::string text;
+  skipOnFailure([&] {
+    text = calConstantLabel(context_,
+                            context_.state.ionChambers.calFactorAt(static_cast<std::size_t>(chamberEntry - 1),
+                                                                   static_cast<std::size_t>(calFactorEntry)));
+  });
+  view_.setCalConstantText(text);
+}
+
+void IonChamberSetupDialog::enableButtons(bool enabled) {
+  enableEditAndDelete(enabled);
+  view_.setButtonEnabled(SetupButton::Continue, enabled);
+}
+
+void IonChamberSetupDialog::enableEditAndDelete(bool enabled) {
+  if (readOnly()) return;
+  view_.setButtonEnabled(SetupButton::Delete, enabled);
+  view_.setButtonEnabled(SetupButton::Edit, enabled);
+}
+
+std::pair<std::int16_t, std::int16_t> IonChamberSetupDialog::chosenNumbers() {
+  std::pair<std::int16_t, std::int16_t> numbers{0, 0};
+  skipOnFailure([&] {
+    const IonChamber& chamber =
+        context_.state.ionChambers.at(static_cast<std::size_t>(lastChamberEntry_ - 1));
+    numbers.first = chamber.number;
+    numbers.second = context_.state.ionChambers
+                         .calFactorAt(static_cast<std::size_t>(lastChamberEntry_ - 1),
+                                      static_cast<std::size_t>(lastCalFactorEntry_))
+                         .number;
+  });
+  return numbers;
+}
+
+std::optional<std::pair<std::int16_t, std::int16_t>> IonChamberSetupDialog::runEditor(
+    int mode, std::string_view caption, int chamberIndex, int calFactorIndex) {
+  auto view = context_.services.dialogs.newEditIonChamberView();
+  if (!view) return std::nullopt;
+  EditIonChamberDialog editor(context_, *view);
+  editor.pSelectedICIndex = chamberIndex;
+  editor.pSelectedCFIndex = calFactorIndex;
+  editor.Formsetting(mode);
+  editor.show(context_.catalogue.text(caption));
+  if (editor.pCancelClick()) return std::nullopt;
+  return std::pair{editor.addedChamber(), editor.addedCalFactor()};
+}
+
+void IonChamberSetupDialog::chamberChosen(int entry) {
+  if (entry < 0) return;
+  if (isNewEntry(entry, chamberEntries_)) {
+    addChamber();
+  } else if (entry == 0) {
+    lastChamberEntry_ = 0;
+    view_.setCalFactorEntries({});
+    calFactorEntries_ = 0;
+    lastCalFactorEntry_ = -1;
+    view_.setCalConstantText({});
+    enableEditAndDelete(false);
+  } else {
+    skipOnFailure([&] {
+      const IonChamberTable& table = context_.state.ionChambers;
+      const std::int16_t number = table.at(static_cast<std::size_t>(entry - 1)).number;
+      lastChamberEntry_ = entry;
+      fillCalFactors(entry, number == table.selectedChamber ? table.selectedCalFactor : 0);
+    });
+  }
+}
+
+void IonChamberSetupDialog::addChamber() {
+  const auto before = chosenNumbers();
+  enableButtons(false);
+  if (chamberEntries_ >= kMaxChamberEntries) {
+    context_.services.messageBoxes.show(context_.catalogue.text(catalogue::kMaximum) + "10" +
+                                            context_.catalogue.text(catalogue::kMaximumIonChambers),
+                                        context_.catalogue.text(catalogue::kNewIonChamber), kBoxCritical);
+    enableButtons(true);
+    fillLists(before.first, before.second);
+    return;
+  }
+  const auto added = runEditor(1, catalogue::kNewIonChamber, lastChamberEntry_ - 1, lastCalFactorEntry_);
+  enableButtons(true);
+  fillLists(added && added->first != 0 ? added->first : before.first,
+            added && added->first != 0 ? added->second : before.second);
+}
+
+void IonChamberSetupDialog::calFactorChosen(int entry) {
+  if (entry < 0) return;
+  if (isNewEntry(entry, calFactorEntries_)) {
+    addCalFactor();
+    return;
+  }
+  lastCalFactorEntry_ = entry;
+  showCalConstant(lastChamberEntry_, entry);
+}
+
+void IonChamberSetupDialog::addCalFactor() {
+  const auto before = chosenNumbers();
+  if (calFactorEntries_ > kMaxCalFactorEntries) {
+    context_.services.messageBoxes.show(context_.catalogue.text(catalogue::kMaximum) + "10" +
+                                            context_.catalogue.text(catalogue::kMaximumCalFactors),
+                                        context_.catalogue.text(catalogue::kNewCalFactor), kBoxCritical);
+    fillLists(before.first, before.second);
+    return;
+  }
+  const auto added = runEditor(2, catalogue::kNewCalFactor, lastChamberEntry_ - 1, lastCalFactorEntry_);
+  fillLists(before.first, added && added->second != 0 ? added->second : before.second);
+}
+
+void IonChamberSetupDialog::editClicked() {
+  if (lastChamberEntry_ < 1) return;
+  const auto before = chosenNumbers();
+  if (runEditor(3, catalogue::kEditIonChamber, lastChamberEntry_ - 1, view_.calFactorEntry())) {
+    fillLists(before.first, before.second);
+  }
+}
+
+void IonChamberSetupDialog::deleteClicked() {
+  const auto before = chosenNumbers();
+  auto view = context_.services.dialogs.newDeleteIonChamberView();
+  if (!view) return;
+  DeleteIonChamberDialog dialog(context_, *view);
+  dialog.pSelectedICIndex = lastChamberEntry_ - 1;
+  dialog.pSelectedCFIndex = lastCalFactorEntry_;
+  dialog.show();
+  if (!dialog.pCancelClick()) fillLists(before.first, before.second);
+  if (context_.state.ionChambers.count == 0) enableEditAndDelete(false);
+}
+
+void IonChamberSetupDialog::continueClicked() {
+  IonChamberTable& table = context_.state.ionChambers;
+  const int entry = view_.chamberEntry();
+  if (entry < 1) {
+    table.selectedChamber = 0;
+    table.selectedCalFactor = 0;
+    table.noIonChamber = true;
+  } else {
+    skipOnFailure([&] {
+      const IonChamber& chamber = table.at(static_cast<std::size_t>(entry - 1));
+      table.selectedChamber = chamber.number;
+      const int slot = view_.calFactorEntry();
+      table.selectedCalFactor =
+          slot >= 0 && slot < chamber.calFactorCount ? chamber.calFactors[slot].number : std::int16_t{0};
+      table.noIonChamber = false;
+    });
+  }
+  for (const std::int32_t id : context_.state.dosimeterIdentifiers()) {
+    skipOnFailure([&] {
+      context_.library.MBSetIonChamberCalFactor(id, table.selectedChamber, table.selectedCalFactor);
+    });
+  }
+  table.selectedChamberName = view_.chamberEntryText();
+  view_.hide();
+}
+
+void IonChamberSetupDialog::cancelClicked() {
+  cancelled_ = true;
+  view_.hide();
+}
+
+}  // namespace rx9400

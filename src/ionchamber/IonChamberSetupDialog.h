@@ -7,7 +7,10 @@
 // is chosen; when the editor is cancelled the entry chosen before "New" is chosen again.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "core/PluginContext.h"
@@ -16,6 +19,10 @@
 namespace rx9400 {
 
 class IonChamberSetupDialog;
+
+/// A cal constant as the dialogs show it: scientific text with the catalogue's exponent letter, then
+/// the unit text by unit code.
+std::string calConstantLabel(PluginContext& context, const CalFactor& calFactor);
 
 enum class SetupButton { Edit, Delete, Continue, Cancel };
 
@@ -68,14 +75,20 @@ class IonChamberSetupDialog {
   /// number, or the first one.
   void fillCalFactors(int entry, std::int16_t calFactorNumber);
   void showCalConstant(int chamberEntry, int calFactorEntry);
+  /// Delete, Edit (unless read-only) and Continue together.
   void enableButtons(bool enabled);
-  int chamberEntryCount() const { return chamberEntries_; }
+  /// Edit and Delete, unless read-only.
+  void enableEditAndDelete(bool enabled);
+  bool isNewEntry(int entry, int entryCount) const { return !readOnly() && entry == entryCount - 1; }
+  bool readOnly() const { return context_.state.ionChambers.readOnly; }
   /// The numbers of the chosen chamber and cal factor (0 where none is).
   std::pair<std::int16_t, std::int16_t> chosenNumbers();
-  /// Opens the editor; answers whether it was left without Cancel.
-  bool runEditor(int mode, const std::string& caption, int chamberIndex, int calFactorIndex);
-  void addChamber(int previousEntry);
-  void addCalFactor(int chamberEntry, int previousEntry);
+  /// Opens the editor; answers the numbers it added (0 and 0 when it was cancelled or added nothing),
+  /// or nothing when it was cancelled.
+  std::optional<std::pair<std::int16_t, std::int16_t>> runEditor(int mode, std::string_view caption,
+                                                                 int chamberIndex, int calFactorIndex);
+  void addChamber();
+  void addCalFactor();
 
   PluginContext& context_;
   IonChamberSetupView& view_;

@@ -5,9 +5,23 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "core/CatalogueLiterals.h"
 #include "core/NumberText.h"
 
 namespace rx9400 {
+
+std::string_view unitLiteral(std::int32_t unitCode) {
+  switch (unitCode) {
+    case 2:
+      return catalogue::kUnitRnCSpaced;
+    case 3:
+      return catalogue::kUnitGyCSpaced;
+    case 4:
+      return catalogue::kUnitGynCSpaced;
+    default:
+      return catalogue::kUnitRCSpaced;
+  }
+}
 
 std::string nameOf(const IonChamber& chamber) {
   return textOfFixedBytes(chamber.name, kChamberNameLength);

@@ -17,6 +17,20 @@
 
 namespace rx9400 {
 
+/// Runs one step of a dialog handler; a failing step (an index outside the table, a failing library
+/// call) is skipped and the handler goes on with the next one.
+template <typename Step>
+void skipOnFailure(Step&& step) noexcept {
+  try {
+    step();
+  } catch (...) {
+  }
+}
+
+/// The catalogue literal of a cal constant's unit by its unit code, with its leading blank; any code
+/// outside 1 to 4 gives the R/C text.
+std::string_view unitLiteral(std::int32_t unitCode);
+
 /// The text of a chamber's or a cal factor's fixed-length name.
 std::string nameOf(const IonChamber& chamber);
 std::string nameOf(const CalFactor& calFactor);
@@ -24,8 +38,8 @@ std::string nameOf(const CalFactor& calFactor);
 void setName(char (&field)[kChamberNameLength], std::string_view name);
 
 struct IonChamberTable {
-  std::vector<IonChamber> records;  ///< lower bound 0; may hold records past the count
-  std::uint8_t count = 0;           ///< the number of chambers
+  std::vector<IonChamber> records;     ///< lower bound 0; may hold records past the count
+  std::uint8_t count = 0;              ///< the number of chambers
   std::int16_t selectedChamber = 0;    ///< chamber number handed to the dosimeter; 0 = none
   std::int16_t selectedCalFactor = 0;  ///< cal factor number handed to the dosimeter; 0 = none
   std::string selectedChamberName;     ///< the chamber list's text chosen at Continue

@@ -19,7 +19,7 @@ TEST(Catalogue, EveryLiteralIsAFiveDigitKeyTwoColonsAndATextAndKeysWithTwoTextsK
     EXPECT_EQ(literal.substr(5, 2), "::") << literal;
     EXPECT_TRUE(seen.insert(literal).second) << "listed twice: " << literal;
   }
-  EXPECT_EQ(seen.size(), 164u);
+  EXPECT_EQ(seen.size(), 165u);
   // Keys with two texts keep both.
   for (const char* literal : {"23184::Cal Date: 12/12/2008", "23184::Cal Due Date: 12/12/2009",
                               "23184::Cal Date: ", "25283::Delete Ion Chamber",

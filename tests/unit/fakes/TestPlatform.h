@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -64,7 +65,11 @@ struct FakeRegistry final : Registry {
 /// Windows with the given rectangles (the scripted views' window and focused control among them); the
 /// pointer's moves as {x, y} and topmost placements as {window, x, y, width, height}, in order.
 struct FakeWindows final : WindowSystem {
-  std::map<WindowHandle, WindowRect> rects{{0x1000, {0, 0, 100, 50}}, {0x1001, {10, 10, 60, 30}}};
+  std::map<WindowHandle, WindowRect> rects{{0x1000, {0, 0, 100, 50}},
+                                           {0x1001, {10, 10, 60, 30}},
+                                           {0x2002, {200, 100, 260, 120}},
+                                           {0x3000, {300, 100, 360, 120}},
+                                           {0x4000, {400, 100, 460, 120}}};
   std::vector<std::vector<int>> calls;
   std::optional<WindowRect> windowRect(WindowHandle window) override {
     const auto found = rects.find(window);
@@ -102,16 +107,20 @@ struct FakeSound final : Sound {
   void sleep(int milliseconds) override { calls.push_back("sleep " + std::to_string(milliseconds)); }
 };
 
-/// Boxes the user answers with OK.
+/// Boxes the user answers with the next of `answers`, or OK when none is left.
 struct FakeMessageBoxes final : MessageBoxes {
   struct Box {
     std::string text, caption;
     int style;
   };
   std::vector<Box> shown;
+  std::deque<int> answers;
   int show(const std::string& text, const std::string& caption, int style) override {
     shown.push_back({text, caption, style});
-    return kAnswerOk;
+    if (answers.empty()) return kAnswerOk;
+    const int answer = answers.front();
+    answers.pop_front();
+    return answer;
   }
 };
 
@@ -292,6 +301,118 @@ class ScriptedZeroErrorView final : public ScriptedView<ZeroErrorDialogView, Zer
   std::string detectorLine;
 };
 
+/// The ion chamber dialogs: on each showing, the view loads, activates and runs the next script (the
+/// user's actions); a showing whose script leaves the dialog open is cancelled.
+template <typename Interface, typename Presenter>
+class ScriptedIonChamberView : public ScriptedView<Interface, Presenter> {
+ public:
+  using Script = std::function<void(Presenter&)>;
+  using ScriptedView<Interface, Presenter>::ScriptedView;
+  void showModal() override {
+    Presenter& presenter = this->open();
+    presenter.activated();
+    if (!scripts.empty()) {
+      Script script = std::move(scripts.front());
+      scripts.pop_front();
+      if (script) script(presenter);
+    }
+    if (!this->hidden_) presenter.cancelClicked();
+  }
+  std::deque<Script> scripts;
+  std::string calConstant;
+};
+
+class ScriptedSetupView final : public ScriptedIonChamberView<IonChamberSetupView, IonChamberSetupDialog> {
+ public:
+  ScriptedSetupView() : ScriptedIonChamberView({"25271::Ion Chambers", "25275::&Continue"}) {}
+  void setChamberEntries(const std::vector<std::string>& entries) override {
+    chambers = entries, chamber = -1;
+  }
+  void setCalFactorEntries(const std::vector<std::string>& entries) override {
+    calFactors = entries, calFactor = -1;
+  }
+  void selectChamberEntry(int index) override { chamber = index; }
+  void selectCalFactorEntry(int index) override { calFactor = index; }
+  int chamberEntry() override { return chamber; }
+  int calFactorEntry() override { return calFactor; }
+  std::string chamberEntryText() override { return chamber < 0 ? "" : chambers.at(chamber); }
+  void setCalConstantText(const std::string& text) override { calConstant = text; }
+  void setButtonVisible(SetupButton button, bool visible) override { buttons[button].visible = visible; }
+  void setButtonEnabled(SetupButton button, bool enabled) override { buttons[button].enabled = enabled; }
+  int buttonLeft(SetupButton button) override { return buttons[button].left; }
+  void setButtonLeft(SetupButton button, int left) override { buttons[button].left = left; }
+  /// Continue's window is 0x2002.
+  WindowHandle buttonWindow(SetupButton button) override { return 0x2000 + static_cast<int>(button); }
+
+  /// The user chooses an entry by its text.
+  void choose(IonChamberSetupDialog& dialog, const std::string& text, bool calFactorList = false) {
+    const auto& list = calFactorList ? calFactors : chambers;
+    const int index = static_cast<int>(std::find(list.begin(), list.end(), text) - list.begin());
+    ASSERT_LT(index, static_cast<int>(list.size())) << text << " is not listed";
+    (calFactorList ? calFactor : chamber) = index;
+    calFactorList ? dialog.calFactorChosen(index) : dialog.chamberChosen(index);
+  }
+
+  struct Button {
+    bool visible = true, enabled = true;
+    int left = 0;
+  };
+  std::map<SetupButton, Button> buttons{{SetupButton::Edit, {true, true, 10}},
+                                        {SetupButton::Delete, {true, true, 70}},
+                                        {SetupButton::Continue, {true, true, 130}},
+                                        {SetupButton::Cancel, {true, true, 190}}};
+  std::vector<std::string> chambers, calFactors;
+  int chamber = -1, calFactor = -1;
+};
+
+class ScriptedEditorView final : public ScriptedIonChamberView<EditIonChamberView, EditIonChamberDialog> {
+ public:
+  ScriptedEditorView() : ScriptedIonChamberView({"25278::Ion Chamber", "25282::&OK"}) {}
+  std::string fieldText(EditorField field) override { return fields[field]; }
+  void setFieldText(EditorField field, const std::string& text) override { fields[field] = text; }
+  void focusField(EditorField field) override { focused = field; }
+  void setHeading(const std::string& text) override { heading = text; }
+  void setUnitEntries(const std::vector<std::string>& entries) override { units = entries; }
+  void selectUnit(int index) override { unit = index; }
+  int unitEntry() override { return unit; }
+  WindowHandle okButton() override { return 0x3000; }
+
+  /// The user fills the four fields and the unit, then presses OK.
+  void type(EditIonChamberDialog& dialog, const std::vector<std::string>& texts, int unitIndex) {
+    for (std::size_t i = 0; i < texts.size(); ++i) fields[static_cast<EditorField>(i)] = texts[i];
+    unit = unitIndex;
+    dialog.okClicked();
+  }
+
+  std::map<EditorField, std::string> fields;
+  std::optional<EditorField> focused;
+  std::string heading;
+  std::vector<std::string> units;
+  int unit = -1;
+};
+
+class ScriptedDeleteView final : public ScriptedIonChamberView<DeleteIonChamberView, DeleteIonChamberDialog> {
+ public:
+  ScriptedDeleteView() : ScriptedIonChamberView({"25271::Ion Chambers"}) {}
+  void setChamberItems(const std::vector<std::string>& names, const std::vector<bool>& newTicks) override {
+    chambers = names, chamberTicks = newTicks;
+  }
+  void setCalFactorItems(const std::vector<std::string>& names, const std::vector<bool>& newTicks) override {
+    calFactors = names, calFactorTicks = newTicks;
+  }
+  void selectChamberItem(int index) override { chamber = index; }
+  void selectCalFactorItem(int index) override { calFactor = index; }
+  void setChamberTicked(int index, bool ticked) override { chamberTicks.at(index) = ticked; }
+  void setCalConstantText(const std::string& text) override { calConstant = text; }
+  void setWaitMessageVisible(bool visible) override { waitShown = waitShown || visible; }
+  WindowHandle cancelButton() override { return 0x4000; }
+
+  std::vector<std::string> chambers, calFactors;
+  std::vector<bool> chamberTicks, calFactorTicks;
+  int chamber = -1, calFactor = -1;
+  bool waitShown = false;
+};
+
 /// Hands out the scripted views, which the test configures before the code shows them.
 struct ScriptedDialogs final : DialogFactory {
   std::shared_ptr<ScriptedScanView> scan = std::make_shared<ScriptedScanView>();
@@ -301,6 +422,12 @@ struct ScriptedDialogs final : DialogFactory {
   std::shared_ptr<ScanDialogView> newScanView() override { return scan; }
   std::shared_ptr<ConnectDialogView> newConnectView() override { return connect; }
   std::shared_ptr<ZeroErrorDialogView> newZeroErrorView() override { return zeroError; }
+  std::shared_ptr<ScriptedSetupView> setup = std::make_shared<ScriptedSetupView>();
+  std::shared_ptr<ScriptedEditorView> editor = std::make_shared<ScriptedEditorView>();
+  std::shared_ptr<ScriptedDeleteView> deletion = std::make_shared<ScriptedDeleteView>();
+  std::shared_ptr<IonChamberSetupView> newIonChamberSetupView() override { return setup; }
+  std::shared_ptr<EditIonChamberView> newEditIonChamberView() override { return editor; }
+  std::shared_ptr<DeleteIonChamberView> newDeleteIonChamberView() override { return deletion; }
 };
 
 /// Every fake service, and a plug-in context over them and the given device library.

@@ -1,0 +1,349 @@
+// The ion chamber dialogs against the simulated dosimeter: the setup dialog's lists and limits, the
+// editor's key filters, checks and additions, and the deletion dialog's ticks.
+#include <gtest/gtest.h>
+
+#include "fakes/Instrument.h"
+#include "ionchamber/EditIonChamberDialog.h"
+
+namespace rx9400 {
+namespace {
+
+using testing::InstrumentRig;
+using testing::ScriptedEditorView;
+using testing::ScriptedSetupView;
+using Fields = std::vector<std::string>;
+
+class IonChamberDialogs : public ::testing::Test {
+ protected:
+  /// A dosimeter (303) whose chambers "IC1"… each hold cal factors "CF1"… (constant 2.5E-3 Gy/C), known
+  /// to the simulator and to the table; `others` are more detectors, `faults` the dosimeter's faults.
+  void start(int chambers, int calFactors, const std::string& others = "", const std::string& faults = "{}") {
+    std::string list;
+    std::vector<IonChamber> records;
+    for (int c = 1; c <= chambers; ++c) {
+      IonChamber record{};
+      setName(record.name, "IC" + std::to_string(c));
+      record.number = static_cast<std::int16_t>(c);
+      record.calFactorCount = static_cast<std::uint8_t>(calFactors);
+      std::string factors;
+      for (int f = 1; f <= calFactors; ++f) {
+        CalFactor& factor = record.calFactors[f - 1];
+        factor = {3, 2.5e-3F, static_cast<std::int16_t>(f), {}, 0, {}};
+        setName(factor.name, "CF" + std::to_string(f));
+        factors += std::string(f > 1 ? "," : "") + R"({"name": "CF)" + std::to_string(f) +
+                   R"(", "unit": 3, "constant": 0.0025})";
+      }
+      list += std::string(c > 1 ? "," : "") + R"({"name": "IC)" + std::to_string(c) +
+              R"(", "calFactors": [)" + factors + "]}";
+      records.push_back(record);
+    }
+    rig.start(R"({"identifier": 303, "typeCode": 3, "dosimeter": {"chambers": [)" + list +
+                  R"(]}, "faults": )" + faults + "}" + others,
+              "RADIO", false);
+    rig.platform.boxes.shown.clear();
+    table().records = records;
+    table().count = static_cast<std::uint8_t>(chambers);
+    table().selectedChamber = chambers > 0 ? 1 : 0;
+    table().selectedCalFactor = calFactors > 0 ? 1 : 0;
+  }
+  IonChamberTable& table() { return rig.context->state.ionChambers; }
+  ScriptedSetupView& setup() { return *rig.platform.dialogs.setup; }
+  ScriptedEditorView& editor() { return *rig.platform.dialogs.editor; }
+  testing::ScriptedDeleteView& deletion() { return *rig.platform.dialogs.deletion; }
+  std::vector<std::string> boxTexts() const {
+    std::vector<std::string> texts;
+    for (const auto& box : rig.platform.boxes.shown) texts.push_back(box.text);
+    return texts;
+  }
+  /// Opens the setup dialog through the instrument; the user does `user` in it.
+  void openSetup(std::function<void(IonChamberSetupDialog&)> user) {
+    setup().scripts.push_back(std::move(user));
+    rig.instrument->DisplayIonChamber();
+  }
+  /// Opens the editor from the setup dialog by choosing `entry` (or pressing Edit when empty) and types
+  /// the fields there; the setup dialog is then cancelled.
+  void typeInEditor(const std::string& entry, bool calFactorList, const Fields& fields, int unit = 2) {
+    editor().scripts.push_back(
+        [&, fields, unit](EditIonChamberDialog& e) { editor().type(e, fields, unit); });
+    openSetup([&, entry, calFactorList](IonChamberSetupDialog& s) {
+      entry.empty() ? s.editClicked() : setup().choose(s, entry, calFactorList);
+    });
+  }
+
+  InstrumentRig rig;
+};
+
+TEST_F(IonChamberDialogs, TheListsTheButtonsAndTheReadOnlyLayout) {
+  start(0, 0);
+  openSetup(nullptr);
+  EXPECT_EQ(setup().chambers, (Fields{"No Ion Chamber", "New"}));
+  EXPECT_FALSE(setup().buttons[SetupButton::Edit].enabled);
+  EXPECT_FALSE(setup().buttons[SetupButton::Delete].enabled);
+  EXPECT_EQ(rig.platform.windows.calls.back(), (std::vector<int>{230, 110}))
+      << "the pointer goes to Continue";
+
+  start(2, 2);
+  table().readOnly = true;
+  table().selectedChamber = 2;
+  table().selectedCalFactor = 2;
+  openSetup(nullptr);
+  EXPECT_EQ(setup().chambers, (Fields{"No Ion Chamber", "IC1", "IC2"})) << "no New when read-only";
+  EXPECT_EQ(setup().calFactors, (Fields{"CF1", "CF2"}));
+  EXPECT_EQ(setup().chamber, 2);
+  EXPECT_EQ(setup().calFactor, 1);
+  EXPECT_EQ(setup().calConstant, "2.5E-03 Gy/C") << "the unit text keeps its leading blank";
+  EXPECT_FALSE(setup().buttons[SetupButton::Edit].visible);
+  EXPECT_FALSE(setup().buttons[SetupButton::Delete].visible);
+  EXPECT_EQ(setup().buttons[SetupButton::Continue].left, 70) << "Continue takes Delete's place";
+  EXPECT_EQ(setup().buttons[SetupButton::Cancel].left, 130) << "Cancel takes Continue's place";
+}
+
+TEST_F(IonChamberDialogs, ChamberAndCalFactorLimitsCountListEntries) {
+  const struct {
+    int chambers, calFactors;
+    std::string entry;
+    bool calFactorList, editorOpens;
+    std::string message;
+  } cases[] = {
+      {8, 1, "New", false, true, ""},
+      {9, 1, "New", false, false,
+       "Maximum 10 Ion Chambers can be supported. Please delete any one Ion Chamber to add new one."},
+      {1, 9, "New", true, true, ""},
+      {1, 10, "New", true, false,
+       "Maximum 10 Calibration Factors can be supported. Please delete any one Calibration Factor to add new "
+       "one."},
+  };
+  for (const auto& c : cases) {
+    start(c.chambers, c.calFactors);
+    const int showings = editor().showings;
+    openSetup([&](IonChamberSetupDialog& s) {
+      if (c.calFactorList) setup().choose(s, "IC1");
+      setup().choose(s, c.entry, c.calFactorList);
+    });
+    EXPECT_EQ(editor().showings - showings, c.editorOpens ? 1 : 0) << c.chambers << "/" << c.calFactors;
+    EXPECT_EQ(boxTexts(), c.message.empty() ? Fields{} : Fields{c.message});
+    EXPECT_TRUE(setup().buttons[SetupButton::Continue].enabled);
+  }
+}
+
+TEST_F(IonChamberDialogs, ContinueSendsTheChoiceToEveryDosimeterAndCancelChangesNothing) {
+  start(
+      2, 2,
+      R"(,{"identifier": 101, "typeCode": 1}, {"identifier": 505, "typeCode": 5}, {"identifier": 202, "typeCode": 2})");
+  openSetup([&](IonChamberSetupDialog& s) {
+    setup().choose(s, "No Ion Chamber");
+    s.continueClicked();
+  });
+  EXPECT_TRUE(table().noIonChamber);
+  EXPECT_EQ(rig.callsOf("MBSetIonChamberCalFactor"),
+            (Fields{"MBSetIonChamberCalFactor(303, 0, 0)", "MBSetIonChamberCalFactor(505, 0, 0)"}));
+  EXPECT_EQ(table().selectedChamberName, "No Ion Chamber");
+
+  rig.simulator->clearCalls();
+  openSetup([&](IonChamberSetupDialog& s) {
+    setup().choose(s, "IC2");
+    setup().choose(s, "CF2", true);
+    s.continueClicked();
+  });
+  EXPECT_FALSE(table().noIonChamber);
+  EXPECT_EQ(table().selectedChamberName, "IC2");
+  EXPECT_EQ(rig.callsOf("MBSetIonChamberCalFactor").front(), "MBSetIonChamberCalFactor(303, 2, 2)");
+
+  rig.simulator->clearCalls();
+  openSetup([&](IonChamberSetupDialog& s) {
+    setup().choose(s, "IC1");
+    s.cancelClicked();
+  });
+  EXPECT_EQ(rig.calls("MB"), 0);
+  EXPECT_EQ(table().selectedChamber, 2);
+  EXPECT_EQ(table().selectedCalFactor, 2);
+}
+
+TEST(EditorKeys, EachFieldTakesOnlyItsCharacters) {
+  using F = EditorField;
+  const struct {
+    F field;
+    std::string text;
+    int selStart, selLength;
+    char key;
+    bool accepted;
+  } cases[] = {
+      {F::IonChamberName, "", 0, 0, 'a', true},     {F::IonChamberName, "", 0, 0, '7', true},
+      {F::CalFactorName, "", 0, 0, ':', true},      {F::CalFactorName, "", 0, 0, '_', false},
+      {F::IonChamberName, "", 0, 0, '\xE9', false}, {F::Mantissa, "", 0, 0, 'e', false},
+      {F::Mantissa, "12", 0, 0, '-', true},         {F::Mantissa, "12", 1, 0, '-', false},
+      {F::Mantissa, "-12", 0, 0, '+', false},       {F::Mantissa, "-12", 0, 1, '+', true},
+      {F::Mantissa, "1.2", 3, 0, ',', false},       {F::Mantissa, "1.2", 0, 3, ',', true},
+      {F::Mantissa, "1234567", 7, 0, '8', false},   {F::Mantissa, "1.23456", 7, 0, '7', true},
+      {F::Mantissa, "1.234567", 8, 0, '8', false},  {F::Mantissa, "-1.23456", 8, 0, '7', true},
+      {F::Mantissa, "1234567", 0, 7, '\b', true},   {F::Exponent, "12", 2, 0, '3', false},
+      {F::Exponent, "-12", 3, 0, '3', false},       {F::Exponent, "12", 0, 0, '-', true},
+      {F::Exponent, "1", 1, 0, '-', false},         {F::Exponent, "12", 1, 1, '4', true},
+      {F::Exponent, "1", 1, 0, '.', false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(editorAcceptsKey(c.field, c.text, c.selStart, c.selLength, c.key), c.accepted)
+        << static_cast<int>(c.field) << " \"" << c.text << "\" " << c.selStart << "+" << c.selLength << " '"
+        << c.key << "'";
+  }
+}
+
+TEST_F(IonChamberDialogs, TheEditorChecksInOrderAndARefusalChangesNothing) {
+  const struct {
+    Fields fields;  // chamber name, cal factor name, mantissa, exponent
+    std::string message;
+  } cases[] = {
+      {{"", "", "", ""}, "Please enter Ion Chamber name."},
+      {{"New", "CF", "1", "1"}, "Ion Chamber name cannot be New. Please enter different name."},
+      {{"A", "", "1", "1"}, "Please enter Cal Factor name."},
+      {{"A", "New", "1", "1"}, "Cal Factor name cannot be New. Please enter different name."},
+      {{"A", "B", "", "1"}, "Please enter Cal Constant mantisa part."},
+      {{"A", "B", "0", "1"}, "Please enter value greater than 0."},
+      {{"A", "B", "0.0", "1"}, "Please enter value greater than 0."},
+      {{"A", "B", "x", "1"}, "Please enter value greater than 0."},
+      {{"A", "B", "1", ""}, "Please enter Cal Constant exponent part."},
+      {{"A", "B", "1", "-21"}, "Please enter exponent in between -20 to 20."},
+      {{"A", "B", "1", "21"}, "Please enter exponent in between -20 to 20."},
+      {{"IC1", "B", "1", "20"}, "Ion Chamber name already exists, please enter different name."},
+      {{"A", "B", "1", "-20"}, "No dosimeter is connected. Please connect a Kalmet detector and try again."},
+  };
+  for (const auto& c : cases) {
+    start(1, 1);
+    if (c.message.rfind("No dosimeter", 0) == 0) rig.context->state.removeDetector(0);
+    typeInEditor("New", false, c.fields);
+    ASSERT_EQ(boxTexts(), Fields{c.message}) << c.fields[0] << "/" << c.fields[1];
+    EXPECT_EQ(rig.platform.boxes.shown[0].style, kBoxCritical);
+    EXPECT_EQ(rig.platform.boxes.shown[0].caption, "New Ion Chamber");
+    EXPECT_EQ(rig.calls("MBAdd"), 0);
+    EXPECT_EQ(table().count, 1);
+  }
+}
+
+TEST_F(IonChamberDialogs, AdditionsStoreOnlyWhatTheDosimeterAccepted) {
+  const struct {
+    std::string faults;
+    Fields boxes;
+    int count;
+    std::vector<std::string> calls;
+  } cases[] = {
+      {"{}",
+       {"New Ion Chamber is added successfully."},
+       2,
+       {R"(MBAddNewIonChamber(303, "new"))", R"(MBAddNewCalFactor(303, 2, "RQR 5"))"}},
+      {R"({"addChamberRefused": true})",
+       {"Unable to add new Ion Chamber."},
+       1,
+       {R"(MBAddNewIonChamber(303, "new"))"}},
+      {R"({"addCalFactorRefused": true})",
+       {"Unable to add new Cal Factor."},
+       1,
+       {R"(MBAddNewIonChamber(303, "new"))", R"(MBAddNewCalFactor(303, 2, "RQR 5"))"}},
+  };
+  for (const auto& c : cases) {
+    start(1, 1, "", c.faults);
+    typeInEditor("New", false, {"new", "RQR 5", "1.5", "9"});  // "new" is not the catalogue's "New"
+    EXPECT_EQ(boxTexts(), c.boxes) << c.faults;
+    EXPECT_EQ(table().count, c.count) << c.faults;
+    EXPECT_EQ(rig.callsOf("MBAdd"), c.calls) << c.faults;
+  }
+  // The added chamber: its first cal factor keeps the slot's constant, since the text joined with the
+  // exponent's catalogue key ("1.525220::E9") is no number.
+  start(1, 1);
+  typeInEditor("New", false, {"new", "RQR 5", "1.5", "9"});
+  const CalFactor& first = table().at(1).calFactors[0];
+  EXPECT_EQ(std::tuple(nameOf(table().at(1)), nameOf(first), first.unitCode, first.calConstant, first.number),
+            std::tuple(std::string("new"), std::string("RQR 5"), 3, 0.0F, std::int16_t{1}));
+  EXPECT_EQ(rig.platform.boxes.shown[0].style, kBoxInformation);
+  EXPECT_EQ(setup().chamberEntryText(), "new") << "the setup dialog chooses the added chamber";
+
+  // A cal factor added to a chamber: a plain box; a name the chamber has is refused under the title.
+  start(1, 1);
+  typeInEditor("New", true, {"IC1", "CF1", "2", "3"});
+  EXPECT_EQ(boxTexts(), Fields{"Cal Factor name already exists, please enter different name."});
+  typeInEditor("New", true, {"ignored", "CF2", "2", "3"});
+  EXPECT_EQ(boxTexts().back(), "New Cal Factor is added successfully.");
+  EXPECT_EQ(rig.platform.boxes.shown.back().style, kBoxOk);
+  EXPECT_EQ(table().at(0).calFactorCount, 2);
+  EXPECT_EQ(editor().heading, "New CF");
+  EXPECT_EQ(editor().fields[EditorField::IonChamberName], "ignored") << "the chamber name is not checked";
+}
+
+TEST_F(IonChamberDialogs, AnEditLooksTheExponentLetterUpAndTheChamberNameFieldIsSkippedForANewCalFactor) {
+  start(2, 2);
+  typeInEditor("", false, {"IC1 renamed", "CF1 new", "4.25", "-7"});
+  EXPECT_EQ(editor().heading, "Edit IC");
+  EXPECT_EQ(rig.callsOf("MBEdit"),
+            (Fields{R"(MBEditIonChamber(303, 1, "IC1 renamed"))", R"(MBEditCalfactor(303, 1, "CF1 new"))"}));
+  const CalFactor& edited = table().at(0).calFactors[0];
+  EXPECT_FLOAT_EQ(edited.calConstant, 4.25e-7F);
+  EXPECT_EQ(edited.unitCode, 3);
+  EXPECT_EQ(boxTexts(), Fields{}) << "no message follows an edit";
+
+  typeInEditor("", false, {"IC2", "CF2", "1", "1"});
+  EXPECT_EQ(boxTexts(), Fields{"Ion Chamber name already exists, please enter different name."});
+  typeInEditor("", false, {"IC1", "CF2", "1", "1"});
+  EXPECT_EQ(rig.platform.boxes.shown.back().caption, "Edit CF");
+
+  editor().scripts.push_back([&](EditIonChamberDialog& e) {
+    editor().focused.reset();
+    e.fieldFocused(EditorField::IonChamberName);
+    EXPECT_EQ(editor().focused, EditorField::CalFactorName);
+  });
+  openSetup([&](IonChamberSetupDialog& s) { setup().choose(s, "New", true); });
+}
+
+TEST_F(IonChamberDialogs, TicksFollowChamberAndCalFactorsAndDeleteRemovesWhatIsTicked) {
+  using Delete = DeleteIonChamberDialog;
+  const auto openDeletion = [&](std::function<void(Delete&)> user) {
+    deletion().scripts.push_back(std::move(user));
+    openSetup([&](IonChamberSetupDialog& s) { s.deleteClicked(); });
+  };
+  start(3, 2);
+  openDeletion([&](Delete& d) {
+    d.deleteClicked();
+    d.chamberTicked(0, true);
+    EXPECT_EQ(deletion().calFactorTicks, (std::vector<bool>{true, true}));
+    d.calFactorTicked(1, false);
+    EXPECT_FALSE(deletion().chamberTicks[0]) << "unticking a factor unticks its chamber";
+    d.calFactorTicked(1, true);
+    EXPECT_TRUE(deletion().chamberTicks[0]) << "every factor ticked ticks the chamber";
+    rig.platform.boxes.answers = {kAnswerNo};
+    d.deleteClicked();
+  });
+  EXPECT_EQ(boxTexts(), (Fields{"Please select an Ion Chamber or Calibration Factor to delete.",
+                                "Do you want to delete all selected Ion Chambers and its Cal Factors?"}));
+  EXPECT_EQ(rig.platform.boxes.shown[0].caption, "Delete");
+  EXPECT_EQ(rig.platform.boxes.shown[1].style, kBoxYesNo | kBoxQuestion);
+  EXPECT_EQ(rig.calls("MBDelete"), 0);
+  EXPECT_EQ(table().count, 3) << "No changes nothing";
+  EXPECT_EQ(rig.platform.windows.count(2), 2)
+      << "the pointer goes to Cancel on activation, as in the setup dialog";
+
+  rig.platform.boxes.answers = {kAnswerYes, kAnswerYes};
+  openDeletion([&](Delete& d) {
+    d.chamberTicked(1, true);
+    d.chamberSelected(2);
+    d.calFactorTicked(0, true);
+    d.deleteClicked();
+  });
+  EXPECT_EQ(rig.callsOf("MBDelete"), (Fields{"MBDeleteIonChamber(303, 2)", "MBDeleteCalfactor(303, 3, 1)"}));
+  ASSERT_EQ(table().count, 2);
+  EXPECT_EQ(
+      std::tuple(nameOf(table().at(1)), table().at(1).calFactorCount, nameOf(table().at(1).calFactors[0])),
+      std::tuple(std::string("IC3"), std::uint8_t{1}, std::string("CF2")));
+  EXPECT_EQ(setup().chambers, (Fields{"No Ion Chamber", "IC1", "IC3", "New"}));
+
+  rig.simulator->clearCalls();
+  openDeletion([&](Delete& d) {
+    d.chamberTicked(0, true);
+    d.chamberTicked(1, true);
+    d.deleteClicked();
+  });
+  EXPECT_EQ(rig.callsOf("MBDelete"), Fields{"MBDeleteAllIonChambers(303)"})
+      << "one call when every chamber is ticked";
+  EXPECT_EQ(table().count, 0);
+  EXPECT_FALSE(setup().buttons[SetupButton::Edit].enabled);
+}
+
+}  // namespace
+}  // namespace rx9400
