@@ -426,6 +426,15 @@ bool chooseComboBoxItem(HWND comboBox, int item) {
                       reinterpret_cast<LPARAM>(comboBox)) != 0;
 }
 
+std::wstring editText(HWND edit) {
+  LRESULT length = 0;
+  if (!sendTimeout(edit, WM_GETTEXTLENGTH, 0, 0, &length) || length <= 0) return {};
+  std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
+  if (!sendTimeout(edit, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()), &length)) return {};
+  text.resize(static_cast<std::size_t>(length));
+  return text;
+}
+
 bool typeText(HWND edit, const std::wstring& text) {
   if (!sendTimeout(GetParent(edit), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(edit), TRUE, nullptr))
     return false;

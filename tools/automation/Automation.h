@@ -80,6 +80,8 @@ int selectedListBoxItem(HWND listBox);
 bool chooseListBoxItem(HWND listBox, int item);
 /// Chooses a drop-down list entry as a person picking it would (CBN_SELCHANGE posted to the dialog).
 bool chooseComboBoxItem(HWND comboBox, int item);
+/// The text of an edit control, asked of the control (it keeps its text to itself).
+std::wstring editText(HWND edit);
 /// Types into an edit control of a dialog as a person would: moves the focus there as the Tab key does
 /// (which selects its text), then one WM_CHAR per character. False when a message was not taken.
 bool typeText(HWND edit, const std::wstring& text);
