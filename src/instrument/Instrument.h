@@ -18,8 +18,14 @@
 
 namespace rx9400 {
 
+/// Texts the executive receives as an array of Variants, each holding a String: a script can take its
+/// UBound and index it.
+struct ScriptList {
+  std::vector<std::string> texts;
+};
+
 /// A Variant result of the instrument: empty, a number, a text or a list of texts.
-using AutomationValue = std::variant<std::monostate, std::int32_t, std::string, std::vector<std::string>>;
+using AutomationValue = std::variant<std::monostate, std::int32_t, std::string, ScriptList>;
 
 /// The fifteen values SendCompareData exchanges with the executive, all in/out.
 struct CompareData {
@@ -38,6 +44,7 @@ struct CompareData {
   std::int32_t lPresUnit = 0;
   float rOffPres = 0;
   float rOffTemp = 0;
+  bool operator==(const CompareData&) const = default;
 };
 
 /// The shared-memory section of a detector's all-in-one waveform: "MB_" and the identifier padded with
@@ -105,15 +112,24 @@ class Instrument {
   /// Shows the ion chamber setup dialog modally (topmost when the executive asks); the result is empty.
   AutomationValue DisplayIonChamber();
 
-  // Dosimeter and mAs meter configuration. NOT BUILT YET: each returns its default (empty, 0, False).
+  // Dosimeter and mAs meter configuration.
+  /// The combined type code of the first two slots as text ("4", "5"), or the single slot's code.
   std::string GetDetectorType();
+  /// The names of the dosimeter's chambers (the chamber file is read again when its count changed).
   AutomationValue GetIonChambers();
+  /// Reads the dosimeter's chamber file into the chamber table and takes its selection; answers the
+  /// number of chambers read (0 after a failure, which a message box reports).
   std::uint8_t GetIonChamberInfo();
+  /// Sends the dosimeter settings, reads the chambers, and lets the user add one when none is chosen;
+  /// answers the chosen chamber's and cal factor's names.
   AutomationValue CongiureDoseDetector();
   bool ShowDosimeterMode();
   void ShowDosimeterIonChamber();
+  /// Compares the executive's dosimeter settings with the dosimeter's; when they differ the user keeps
+  /// either. Answers whether they differed.
   bool SendCompareData(CompareData& values);
   void SetMasInputtype(bool bVal);
+  // The chosen chamber, cal factor and cal constant as texts; empty when there is none.
   std::string GetIonChamberName();
   std::string GetCalFactor();
   std::string GetCalConst();
@@ -132,6 +148,7 @@ class Instrument {
   template <typename Action>
   void forAioSlots(Action action);
   void repairDosimeterRecords(std::int32_t id);
+  void sendDosimeterSettings();
 
   // Polling, one slot at a time; each answers false when the pass must end.
   bool pollConnectionAndBattery(std::size_t slot, std::int32_t id, const DetectorStatus& status);
@@ -198,6 +215,8 @@ class Instrument {
   std::int32_t pressureUnit_ = 2;
   std::string dosimeterModeText_;
   std::int32_t masInputType_ = 1;
+  std::optional<AdcfSettings> customAdcf_;  ///< the executive's, from the last comparison
+  std::optional<DosimeterUnit> customUnit_;
 
   // Notices on screen.
   std::unique_ptr<NoticeBox> generalBox_;

@@ -9,6 +9,7 @@
 
 #include "core/NumberText.h"
 #include "core/SampleText.h"
+#include "device/UpdatePause.h"
 #include "instrument/Instrument.h"
 
 namespace rx9400 {
@@ -37,31 +38,6 @@ Whole nearest(double value) {
     throw std::overflow_error("waveform range out of range");
   return static_cast<Whole>(rounded);
 }
-
-/// The library's update thread paused for as long as this lives, resumed exactly once: by `resume()`
-/// where the download says, or on leaving early through a failure.
-class UpdatePause {
- public:
-  explicit UpdatePause(MBdllFunctions& library) : library_(library) { library_.MBPauseUpdateThread(); }
-  ~UpdatePause() {
-    try {
-      resume();
-    } catch (...) {
-    }
-  }
-  UpdatePause(const UpdatePause&) = delete;
-  UpdatePause& operator=(const UpdatePause&) = delete;
-  void resume() {
-    if (paused_) {
-      paused_ = false;
-      library_.MBResumeUpdateThread();
-    }
-  }
-
- private:
-  MBdllFunctions& library_;
-  bool paused_ = true;
-};
 
 /// The mAs download switched on for as long as this lives; switched off by `finish()` or on leaving
 /// early through a failure.

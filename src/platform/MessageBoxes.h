@@ -7,12 +7,14 @@ namespace rx9400 {
 
 /// Styles of a standard message box (the platform's values).
 inline constexpr int kBoxOk = 0;
+inline constexpr int kBoxOkCancel = 1;
 inline constexpr int kBoxYesNo = 4;
 inline constexpr int kBoxCritical = 16;
 inline constexpr int kBoxQuestion = 32;
 inline constexpr int kBoxInformation = 64;
 /// Answers.
 inline constexpr int kAnswerOk = 1;
+inline constexpr int kAnswerCancel = 2;
 inline constexpr int kAnswerYes = 6;
 inline constexpr int kAnswerNo = 7;
 

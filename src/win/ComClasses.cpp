@@ -54,7 +54,8 @@ HRESULT textResult(const char* member, BSTR* result, Body&& body) noexcept {
   return trappedResult<BSTR>(member, result, nullptr, [&] { *result = toBstr(body()); });
 }
 
-/// A Variant result from a portable value: empty, a Long, a String or an array of Strings.
+/// A Variant result from a portable value: empty, a Long, a String or an array of Variants holding
+/// Strings.
 HRESULT toVariant(const AutomationValue& value, VARIANT* result) {
   VariantInit(result);
   if (const auto* number = std::get_if<std::int32_t>(&value)) {
@@ -63,15 +64,19 @@ HRESULT toVariant(const AutomationValue& value, VARIANT* result) {
   } else if (const auto* text = std::get_if<std::string>(&value)) {
     V_VT(result) = VT_BSTR;
     V_BSTR(result) = toBstr(*text);
-  } else if (const auto* texts = std::get_if<std::vector<std::string>>(&value)) {
-    SAFEARRAY* array = SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts->size()));
+  } else if (const auto* list = std::get_if<ScriptList>(&value)) {
+    const std::vector<std::string>& texts = list->texts;
+    SAFEARRAY* array = SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(texts.size()));
     if (array == nullptr) return E_OUTOFMEMORY;
-    for (LONG i = 0; i < static_cast<LONG>(texts->size()); ++i) {
-      BSTR element = toBstr((*texts)[static_cast<std::size_t>(i)]);
-      SafeArrayPutElement(array, &i, element);
-      SysFreeString(element);
+    for (LONG i = 0; i < static_cast<LONG>(texts.size()); ++i) {
+      VARIANT element;
+      VariantInit(&element);
+      V_VT(&element) = VT_BSTR;
+      V_BSTR(&element) = toBstr(texts[static_cast<std::size_t>(i)]);
+      SafeArrayPutElement(array, &i, &element);
+      VariantClear(&element);
     }
-    V_VT(result) = VT_ARRAY | VT_BSTR;
+    V_VT(result) = VT_ARRAY | VT_VARIANT;
     V_ARRAY(result) = array;
   }
   return S_OK;
