@@ -12,7 +12,7 @@ namespace {
 /// The edit controls in the order of EditorField: chamber name, cal factor name, mantissa, exponent.
 constexpr std::array kFieldIds{IDC_EDIT_CHAMBER, IDC_EDIT_CAL_FACTOR, IDC_EDIT_MANTISSA, IDC_EDIT_EXPONENT};
 /// The most characters a name field takes: the device library's name length.
-constexpr WPARAM kNameLimit = 15;
+constexpr WPARAM kNameLimit = kChamberNameLength;
 
 /// The field an edit control of the dialog holds, if it is one.
 bool fieldOf(int id, EditorField& which) {
