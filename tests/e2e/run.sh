@@ -25,10 +25,12 @@ artifacts=build/e2e-artifacts/plugin   # VBScript runs and the demo
 session=build/e2e-artifacts/session    # the test host's pictures
 bare=build/e2e-bare                    # the plug-in alone, without the device library beside it
 rm -rf "$artifacts" "$session" "$bare"
-mkdir -p "$artifacts" "$session/pseudo-language" "$bare"
+mkdir -p "$artifacts" "$session/pseudo-language" "$session/dpi144" "$bare"
 plugin=$(windows_path "$bin/TamsaRX9400VTI.dll")
 language=$(windows_path "$bin/rx9400-testlanguage.dll")
-trap 'run_wine 30 regsvr32 /s /u "$language" 2>/dev/null; wineserver -k 2>/dev/null || true' EXIT
+trap 'run_wine 30 regsvr32 /s /u "$language" 2>/dev/null
+  run_wine 30 reg delete "HKCU\\Control Panel\\Desktop" /v LogPixels /f >/dev/null 2>&1
+  wineserver -k 2>/dev/null || true' EXIT
 
 # --- Registration ---------------------------------------------------------------------------------
 # "KIND NAME GUID" for the type library, each interface and each class, read from the IDL.
@@ -153,6 +155,12 @@ sessions() {
   host sim/scenarios/no-detectors.json "$@" no-detector
 }
 sessions "--artifacts=$(windows_path "$session")"
+# The ion chamber dialogs (they load their scenario themselves), then again at 144 DPI for their
+# pictures (session/dpi144/); the setting is put back here, and at the end for a run that stopped early.
+host "" "--artifacts=$(windows_path "$session")" ion-chambers
+run_wine 30 reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d 144 /f >/dev/null 2>&1
+host "" "--artifacts=$(windows_path "$session/dpi144")" ion-chambers
+run_wine 30 reg delete 'HKCU\Control Panel\Desktop' /v LogPixels /f >/dev/null 2>&1
 host tests/e2e/scenarios/slow-scan.json "--artifacts=$(windows_path "$session")" scan-stop
 # One host process measures an exposure of each detector kind, its values written with a decimal point.
 LC_ALL=C.UTF-8 host "" "--artifacts=$(windows_path "$session")" exposures target-filters

@@ -386,6 +386,64 @@ std::wstring listViewItemText(HWND listView, int item, int subItem) {
   return std::wstring(text, wcsnlen(text, kCharacters - 1));
 }
 
+std::vector<std::wstring> listBoxItems(HWND listBox) {
+  std::vector<std::wstring> items;
+  LRESULT count = 0;
+  if (!sendTimeout(listBox, LB_GETCOUNT, 0, 0, &count)) return items;
+  for (int item = 0; item < count; ++item) {
+    LRESULT length = 0;
+    if (!sendTimeout(listBox, LB_GETTEXTLEN, static_cast<WPARAM>(item), 0, &length) || length < 0) break;
+    std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
+    if (!sendTimeout(listBox, LB_GETTEXT, static_cast<WPARAM>(item), reinterpret_cast<LPARAM>(text.data()),
+                     &length) ||
+        length < 0) {
+      break;
+    }
+    text.resize(static_cast<std::size_t>(length));
+    items.push_back(text);
+  }
+  return items;
+}
+
+int selectedListBoxItem(HWND listBox) {
+  LRESULT item = LB_ERR;
+  return sendTimeout(listBox, LB_GETCURSEL, 0, 0, &item) && item != LB_ERR ? static_cast<int>(item) : -1;
+}
+
+bool chooseListBoxItem(HWND listBox, int item) {
+  LRESULT chosen = LB_ERR;
+  if (!sendTimeout(listBox, LB_SETCURSEL, static_cast<WPARAM>(item), 0, &chosen) || chosen != item)
+    return false;
+  return PostMessageW(GetParent(listBox), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(listBox), LBN_SELCHANGE),
+                      reinterpret_cast<LPARAM>(listBox)) != 0;
+}
+
+bool chooseComboBoxItem(HWND comboBox, int item) {
+  LRESULT chosen = CB_ERR;
+  if (!sendTimeout(comboBox, CB_SETCURSEL, static_cast<WPARAM>(item), 0, &chosen) || chosen != item)
+    return false;
+  return PostMessageW(GetParent(comboBox), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(comboBox), CBN_SELCHANGE),
+                      reinterpret_cast<LPARAM>(comboBox)) != 0;
+}
+
+std::wstring editText(HWND edit) {
+  LRESULT length = 0;
+  if (!sendTimeout(edit, WM_GETTEXTLENGTH, 0, 0, &length) || length <= 0) return {};
+  std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
+  if (!sendTimeout(edit, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()), &length)) return {};
+  text.resize(static_cast<std::size_t>(length));
+  return text;
+}
+
+bool typeText(HWND edit, const std::wstring& text) {
+  if (!sendTimeout(GetParent(edit), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(edit), TRUE, nullptr))
+    return false;
+  for (const wchar_t character : text) {
+    if (!sendTimeout(edit, WM_CHAR, character, 1, nullptr)) return false;
+  }
+  return true;
+}
+
 bool saveWindowBitmap(HWND window, const std::wstring& path, std::wstring* error) {
   auto fail = [&](const wchar_t* why) {
     if (error != nullptr) *error = why;

@@ -71,6 +71,21 @@ bool selectListViewItem(HWND listView, int item);
 /// The selected item, -1 for none.
 int selectedListViewItem(HWND listView);
 
+/// The entries of a list box.
+std::vector<std::wstring> listBoxItems(HWND listBox);
+/// The chosen entry of a list box, -1 for none.
+int selectedListBoxItem(HWND listBox);
+/// Chooses a list box entry as a click on it would: selects it, then tells the dialog (LBN_SELCHANGE,
+/// posted: the dialog may open another window in answer). False when the list box refused.
+bool chooseListBoxItem(HWND listBox, int item);
+/// Chooses a drop-down list entry as a person picking it would (CBN_SELCHANGE posted to the dialog).
+bool chooseComboBoxItem(HWND comboBox, int item);
+/// The text of an edit control, asked of the control (it keeps its text to itself).
+std::wstring editText(HWND edit);
+/// Types into an edit control of a dialog as a person would: moves the focus there as the Tab key does
+/// (which selects its text), then one WM_CHAR per character. False when a message was not taken.
+bool typeText(HWND edit, const std::wstring& text);
+
 /// Saves the window as it shows on the screen, frame included, as a 24-bit BMP file. `error` gets the
 /// reason of a failure.
 bool saveWindowBitmap(HWND window, const std::wstring& path, std::wstring* error = nullptr);

@@ -74,7 +74,7 @@ INT_PTR CALLBACK Win32Dialog::procedure(HWND dialog, UINT message, WPARAM wParam
           self->onCommand(LOWORD(wParam));
           return TRUE;
         }
-        return FALSE;
+        return lParam != 0 && self->onNotification(LOWORD(wParam), HIWORD(wParam)) ? TRUE : FALSE;
       case WM_TIMER:
         self->onTimer();
         return TRUE;

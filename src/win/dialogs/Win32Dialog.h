@@ -38,6 +38,9 @@ class Win32Dialog {
   virtual void onActivate() {}
   /// A button with this id was pressed.
   virtual void onCommand(int id) = 0;
+  /// Another notification of a control (LBN_SELCHANGE, CBN_SELCHANGE, EN_SETFOCUS...); answers
+  /// whether it handled it.
+  virtual bool onNotification(int /*id*/, int /*code*/) { return false; }
   virtual void onTimer() {}
   /// Other messages; answers whether it handled them (and the result in `result`).
   virtual bool onMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result);

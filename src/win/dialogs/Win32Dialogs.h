@@ -1,4 +1,4 @@
-// The session's dialogs as Win32 dialogs.
+// The plug-in's dialogs as Win32 dialogs.
 #pragma once
 
 #include "session/DialogFactory.h"
@@ -10,10 +10,9 @@ class Win32Dialogs final : public DialogFactory {
   std::shared_ptr<ScanDialogView> newScanView() override;
   std::shared_ptr<ConnectDialogView> newConnectView() override;
   std::shared_ptr<ZeroErrorDialogView> newZeroErrorView() override;
-  // The ion chamber dialogs' Win32 views are not built yet: no view, and nothing is shown.
-  std::shared_ptr<IonChamberSetupView> newIonChamberSetupView() override { return nullptr; }
-  std::shared_ptr<EditIonChamberView> newEditIonChamberView() override { return nullptr; }
-  std::shared_ptr<DeleteIonChamberView> newDeleteIonChamberView() override { return nullptr; }
+  std::shared_ptr<IonChamberSetupView> newIonChamberSetupView() override;
+  std::shared_ptr<EditIonChamberView> newEditIonChamberView() override;
+  std::shared_ptr<DeleteIonChamberView> newDeleteIonChamberView() override;
 };
 
 }  // namespace rx9400::win

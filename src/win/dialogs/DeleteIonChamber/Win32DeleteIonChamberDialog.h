@@ -1,0 +1,37 @@
+// The deletion dialog as a Win32 dialog.
+#pragma once
+
+#include "ionchamber/DeleteIonChamberDialog.h"
+#include "win/dialogs/Win32Dialog.h"
+
+namespace rx9400::win {
+
+class Win32DeleteIonChamberDialog final : public Win32DialogView<DeleteIonChamberView> {
+ public:
+  Win32DeleteIonChamberDialog();
+
+  void attach(DeleteIonChamberDialog& presenter) override { presenter_ = &presenter; }
+  void setChamberItems(const std::vector<std::string>& names, const std::vector<bool>& ticks) override;
+  void setCalFactorItems(const std::vector<std::string>& names, const std::vector<bool>& ticks) override;
+  void selectChamberItem(int index) override;
+  void selectCalFactorItem(int index) override;
+  void setChamberTicked(int index, bool ticked) override;
+  void setCalConstantText(const std::string& text) override;
+  void setWaitMessageVisible(bool visible) override;
+  WindowHandle cancelButton() override;
+
+ private:
+  void onInit() override;
+  void onActivate() override;
+  void onCommand(int id) override;
+  bool onMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result) override;
+  HWND list(int id) const { return GetDlgItem(handle(), id); }
+  void fill(int id, const std::vector<std::string>& names, const std::vector<bool>& ticks);
+  void select(int id, int index);
+
+  DeleteIonChamberDialog* presenter_ = nullptr;
+  /// The view changes a list itself: its notifications are not the user's.
+  bool filling_ = false;
+};
+
+}  // namespace rx9400::win
