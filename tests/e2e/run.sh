@@ -162,6 +162,24 @@ run_wine 30 reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d 14
 host "" "--artifacts=$(windows_path "$session/dpi144")" ion-chambers
 run_wine 30 reg delete 'HKCU\Control Panel\Desktop' /v LogPixels /f >/dev/null 2>&1
 host tests/e2e/scenarios/slow-scan.json "--artifacts=$(windows_path "$session")" scan-stop
+# A VBScript test step configures the dosimeter as a procedure does: it reads the chambers, keeps the
+# dosimeter's settings (the question is answered with Cancel from another process) and prints the
+# chamber and cal factor for its report.
+dosimeter_step() {
+  local output
+  output=$(TAMSA_SIM_SCENARIO="$(windows_path tests/e2e/scenarios/dosimeter-chambers.json)" run_wine 120 \
+    "$bin/rx9400-automate.exe" --timeout=60 "--artifacts=$(windows_path "$session")" \
+    "--run=cscript.exe //nologo $(windows_path tests/e2e/vbs/dosimeter.vbs)" window "Establish Connection" \
+    tick 0 click Connect gone messagebox print screenshot dosimeter-compare.bmp click Cancel 2>&1 | tr -d '\r')
+  printf '%s\n' "$output"
+  for wanted in 'chambers read: 2' 'chamber 1: IC-B 180cc' 'settings differed: True; dose unit kept: 1' \
+    'configured: IC-A 6cc / RQR9' 'report: ion chamber IC-A 6cc, cal factor RQR9, cal constant 2.5E-05 Gy/nC' \
+    'ended with exit code 0'; do
+    grep -q "$wanted" <<<"$output" || { echo "missing: $wanted"; return 1; }
+  done
+}
+check "a VBScript test step reads the dosimeter's chambers, keeps its settings and reports the chosen chamber and cal factor" \
+  dosimeter_step
 # One host process measures an exposure of each detector kind, its values written with a decimal point.
 LC_ALL=C.UTF-8 host "" "--artifacts=$(windows_path "$session")" exposures target-filters
 # The waveform downloads, each under a decimal point and a decimal comma: the check sets the user's
