@@ -20,23 +20,7 @@
 #include "instrument/Instrument.h"
 #include "session/DialogFactory.h"
 
-namespace {
-
-std::atomic<long> gAllocations{0};
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  ++gAllocations;
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
+#include "AllocationCounter.h"
 
 namespace rx9400 {
 namespace {

@@ -28,22 +28,12 @@
 #endif
 #endif
 
+#ifndef RX9400_SOAK_SANITIZED
+#include "../../bench/AllocationCounter.h"
+#else
 namespace {
 std::atomic<long> gAllocations{0};
 }  // namespace
-
-#ifndef RX9400_SOAK_SANITIZED
-void* operator new(std::size_t size) {
-  ++gAllocations;
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 #endif
 
 namespace rx9400 {
