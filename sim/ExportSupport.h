@@ -22,7 +22,7 @@
 // from the list does not compile (two C functions of one name).
 namespace rx9400 {
 extern "C" {
-#define MB_FUNCTION(Result, Name, Parameters) SIM_API Result MB_STDCALL Name Parameters;
+#define MB_FUNCTION(Result, Name, Parameters, Arguments) SIM_API Result MB_STDCALL Name Parameters;
 #include "device/MBFunctionList.h"
 }
 }  // namespace rx9400

@@ -13,13 +13,13 @@ namespace rx9400 {
 
 /// One typed pointer per export of the library; a null pointer is an export the library lacks.
 struct MBFunctionTable {
-#define MB_FUNCTION(Result, Name, Parameters) Result(MB_STDCALL* Name) Parameters = nullptr;
+#define MB_FUNCTION(Result, Name, Parameters, Arguments) Result(MB_STDCALL* Name) Parameters = nullptr;
 #include "device/MBFunctionList.h"
 };
 
 /// The export names, in the order of the table.
 inline constexpr const char* kMBFunctionNames[] = {
-#define MB_FUNCTION(Result, Name, Parameters) #Name,
+#define MB_FUNCTION(Result, Name, Parameters, Arguments) #Name,
 #include "device/MBFunctionList.h"
 };
 

@@ -66,7 +66,7 @@ const MBFunctionTable& MBdllFunctions::table() {
                              "the device library could not be loaded (" + reason + ")");
   }
   MBFunctionTable filled{};
-#define MB_FUNCTION(Result, Name, Parameters) \
+#define MB_FUNCTION(Result, Name, Parameters, Arguments) \
   filled.Name = reinterpret_cast<decltype(filled.Name)>(library->findSymbol(#Name));
 #include "device/MBFunctionList.h"
   table_ = filled;
@@ -77,7 +77,7 @@ const MBFunctionTable& MBdllFunctions::table() {
 std::vector<std::string> MBdllFunctions::missingExports() const {
   std::vector<std::string> missing;
   if (library_ == nullptr) return missing;
-#define MB_FUNCTION(Result, Name, Parameters) \
+#define MB_FUNCTION(Result, Name, Parameters, Arguments) \
   if (table_.Name == nullptr) missing.emplace_back(#Name);
 #include "device/MBFunctionList.h"
   return missing;

@@ -21,7 +21,7 @@
 // The device library's functions, declared from the one list of exports.
 namespace rx9400 {
 extern "C" {
-#define MB_FUNCTION(Result, Name, Parameters) Result MB_STDCALL Name Parameters;
+#define MB_FUNCTION(Result, Name, Parameters, Arguments) Result MB_STDCALL Name Parameters;
 #include "device/MBFunctionList.h"
 }
 }  // namespace rx9400
