@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "CallLog.h"
+#include "Replay.h"
 #include "Scenario.h"
 #include "SimControl.h"
 #include "SimLock.h"
@@ -33,6 +34,7 @@ struct Library {
   SimLock lock;
   std::unique_ptr<CallLog> log;  // declared before the simulator, which writes to it
   std::unique_ptr<Simulator> simulator;
+  std::unique_ptr<Replay> replay;  // TAMSA_SIM_REPLAY: the calls are answered from a recorded session
   std::string lastError;
   bool explicitScenario = false;  // loaded through SimLoadScenario*: MBRegisterApplication keeps it
   std::string environmentText;    // the TAMSA_SIM_SCENARIO text the simulator runs, if it runs one
@@ -52,7 +54,7 @@ std::int32_t copyText(std::string_view text, char* buffer, std::int32_t size);
 std::int32_t loadScenario(Library& lib, std::string_view text);
 std::int32_t registerApplication(Library& lib);
 
-/// One library call: lock, log, forward, trap.
+/// One library call: lock, log, forward (to the replay when one runs), trap.
 template <typename R, typename Body, typename... Args>
 R call(const char* name, R failure, Body&& body, const Args&... args) noexcept {
   Library& lib = library();
@@ -60,6 +62,7 @@ R call(const char* name, R failure, Body&& body, const Args&... args) noexcept {
     SimGuard guard(lib.lock);
     Simulator& simulator = ensure(lib);
     lib.log->append(std::string(name) + "(" + formatArgs(args...) + ")");
+    if (lib.replay != nullptr) return static_cast<R>(lib.replay->answer(name, failure, *lib.log, args...));
     return static_cast<R>(body(simulator));
   } catch (...) {
     return failure;

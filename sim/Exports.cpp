@@ -59,7 +59,10 @@ bool useEnvironmentScenario(Library& lib) {
 void startUp(Library& lib) {
   lib.explicitScenario = false;
   lib.simulator.reset();
+  lib.replay.reset();
   lib.environmentText.clear();
+  const char* replay = std::getenv("TAMSA_SIM_REPLAY");
+  if (replay != nullptr && *replay != '\0') lib.replay = Replay::load(replay, *lib.log, lib.lastError);
   if (!useEnvironmentScenario(lib)) {
     lib.simulator = std::make_unique<Simulator>(parseScenario(defaultScenarioText()), *lib.log);
   }
@@ -85,6 +88,7 @@ std::int32_t loadScenario(Library& lib, std::string_view text) {
   try {
     auto simulator = std::make_unique<Simulator>(parseScenario(text), *lib.log);
     lib.simulator = std::move(simulator);
+    lib.replay.reset();
   } catch (const ScenarioError& e) {
     lib.lastError = e.what();
     return kSimInvalidScenario;
