@@ -11,13 +11,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include "SessionFormat.h"
+#include "SimLock.h"
 #include "device/MBFunctionTable.h"
 
 namespace rx9400::recorder {
@@ -54,7 +54,7 @@ class Recorder {
 
   const MBFunctionTable& real() const { return real_; }
   bool recording() const { return recording_.load(std::memory_order_relaxed); }
-  std::mutex& lock() { return lock_; }
+  sim::SimLock& lock() { return lock_; }
 
   /// Writes the line of one call of the export at `index` of the export list (under lock()).
   void write(std::size_t index, Argument* arguments, std::size_t count, std::int64_t result);
@@ -75,7 +75,7 @@ class Recorder {
   std::size_t written_ = 0;
   int part_ = 0;
   std::atomic<bool> recording_{false};
-  std::mutex lock_;
+  sim::SimLock lock_;
   std::int64_t startMicros_ = 0;
   std::string line_;
   std::vector<std::int64_t> values_;
@@ -98,7 +98,7 @@ struct Call {
   R operator()(A... args) {
     Recorder& r = recorder();
     if (!r.recording()) return forward();
-    std::lock_guard<std::mutex> guard(r.lock());
+    sim::SimGuard guard(r.lock());
     Argument arguments[sizeof...(A) + 1] = {argumentOf(args)...};
     const session::ExportShape& shape = session::exportShapes()[index];
     for (std::size_t i = 0; i < sizeof...(A); ++i) {
