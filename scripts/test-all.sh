@@ -2,7 +2,8 @@
 # Runs every test of the project on a fresh Debian 12 machine: installs what is missing (as root),
 # builds the four presets, runs the native tests (plain and with sanitizers), checks the Windows
 # DLLs' exports and runs the Windows build under Wine (the plug-in end to end, then the shared
-# services; the two share one Wine prefix and run one after the other).
+# services, then the demo's session recorded and replayed; they share one Wine prefix and run one
+# after the other).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh
@@ -22,3 +23,5 @@ echo "== Windows end-to-end checks"
 bash tests/e2e/run.sh
 echo "== Windows checks of the shared services"
 bash tests/e2e/services/run.sh
+echo "== Record and replay under Wine"
+bash tests/e2e/replay/run.sh
