@@ -1,5 +1,6 @@
 #include "Recorder.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstring>

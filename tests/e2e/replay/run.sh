@@ -27,7 +27,7 @@ run_demo() {
     tr -d '\r' | grep -v '^rx9400-automate: ' >"$2"
 }
 # The table and the waveform values, without the lines naming where the files went.
-shown() { grep -v 'written to' "$1"; }
+shown() { grep -v -e 'written to' -e '^automate: ' "$1"; }
 
 cp "$bin/recorder/TamsaMBDll.dll" "$work/record/TamsaMBDll.dll"
 cp "$bin/TamsaMBDll.dll" "$work/record/TamsaMBDll.real.dll"
@@ -41,7 +41,9 @@ check "the session holds the demo's calls and both sections" bash -c \
 
 cp "$bin/TamsaMBDll.dll" "$work/replay/TamsaMBDll.dll"
 register_from "$work/replay"
-TAMSA_SIM_LOG="$(windows_path "$work/replay-calls.log")" TAMSA_SIM_REPLAY="$(windows_path "$session")" \
+# A scenario without detectors beside the replay: only the recording can make the demo measure.
+TAMSA_SIM_SCENARIO="$(windows_path sim/scenarios/no-detectors.json)" \
+  TAMSA_SIM_LOG="$(windows_path "$work/replay-calls.log")" TAMSA_SIM_REPLAY="$(windows_path "$session")" \
   run_demo "$work/replay-waves" "$work/replay.txt"
 check "the replayed demo prints the recorded table and waveform values" \
   diff <(shown "$work/record.txt") <(shown "$work/replay.txt")
