@@ -12,7 +12,7 @@
 
 #include "win/ComClasses.h"
 #include "win/ComSupport.h"
-#include "win/Registration.h"
+#include "win/RegistrationWriter.h"
 #include "win/SingleInterface.h"
 #include "win/TamsaRX9400VTI_h.h"
 #include "win/Win32NoticeBoxes.h"
@@ -22,7 +22,7 @@ namespace {
 
 using CreateFunction = HRESULT (*)(REFIID, void**);
 
-/// One creatable class: its identity and how to make one, in the order of registration::kClasses.
+/// One creatable class: its identity and how to make one, in the order of registration::kPluginClasses.
 struct ClassEntry {
   const CLSID* classId;
   CreateFunction create;
@@ -33,7 +33,7 @@ const ClassEntry kClasses[] = {
     {&CLSID_CRX9400VTI, createInstrument},
     {&CLSID_CStoreDetectorType, createStoreDetectorType},
 };
-static_assert(std::size(kClasses) == std::size(registration::kClasses));
+static_assert(std::size(kClasses) == std::size(registration::kPluginClasses));
 
 class ClassFactory final : public SingleInterface<IClassFactory> {
  public:
@@ -72,66 +72,14 @@ std::wstring modulePath() {
   return length == 0 || length >= MAX_PATH * 2 ? std::wstring() : std::wstring(path, length);
 }
 
-/// ASCII text (the registration list's) as a wide string.
-std::wstring widen(std::string_view text) {
-  return std::wstring(text.begin(), text.end());
-}
-
-/// The registration list names the classes, the type library and the interfaces this DLL was built
-/// with: a list that disagrees with the type library would register classes nobody can create.
+/// The class list above is the registration list's, in its order; and the list matches the type library.
 bool listMatchesTypeLibrary() {
-  if (guidText(LIBID_TamsaRX9400VTI) != widen(registration::kLibraryId)) return false;
   for (std::size_t i = 0; i < std::size(kClasses); ++i) {
-    if (guidText(*kClasses[i].classId) != widen(registration::kClasses[i].classId)) return false;
-  }
-  for (const registration::ComInterface& entry : registration::kInterfaces) {
-    IID iid;
-    ITypeInfo* info = nullptr;
-    if (FAILED(IIDFromString(widen(entry.interfaceId).c_str(), &iid)) || FAILED(typeInfoOf(iid, &info))) {
+    if (guidText(*kClasses[i].classId) != registrationText(registration::kPluginClasses[i].classId)) {
       return false;
     }
-    info->Release();
   }
-  return true;
-}
-
-LONG writeValue(HKEY root, const registration::Value& value, const std::wstring& modulePath) {
-  HKEY handle = nullptr;
-  LONG result =
-      RegCreateKeyExW(root, widen(value.key).c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &handle, nullptr);
-  if (result != ERROR_SUCCESS) return result;
-  const std::wstring name = widen(value.name);
-  const std::wstring data =
-      value.data == registration::Value::Data::ModulePath ? modulePath : widen(value.text);
-  result = RegSetValueExW(handle, name.empty() ? nullptr : name.c_str(), 0, REG_SZ,
-                          reinterpret_cast<const BYTE*>(data.c_str()),
-                          static_cast<DWORD>((data.size() + 1) * sizeof(wchar_t)));
-  RegCloseKey(handle);
-  return result;
-}
-
-/// Deletes every key the registration owns, with everything below it, under `classesRoot`.
-void unregisterAll(HKEY classesRoot) {
-  for (const std::string& key : registration::ownedKeys()) {
-    const std::wstring path = widen(key);
-    const LONG result = RegDeleteTreeW(classesRoot, path.c_str());
-    if (result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND) RegDeleteKeyW(classesRoot, path.c_str());
-  }
-}
-
-/// Every value of the registration list under `classesRoot` (HKCR or HKCU\Software\Classes).
-HRESULT registerAll(HKEY classesRoot) {
-  const std::wstring path = modulePath();
-  if (path.empty() || !listMatchesTypeLibrary()) return SELFREG_E_CLASS;
-#if defined(_WIN64)
-  constexpr auto kBitness = registration::Bitness::Bits64;
-#else
-  constexpr auto kBitness = registration::Bitness::Bits32;
-#endif
-  for (const registration::Value& value : registration::values(kBitness)) {
-    if (writeValue(classesRoot, value, path) != ERROR_SUCCESS) return SELFREG_E_CLASS;
-  }
-  return S_OK;
+  return registrationMatches(registration::kPlugin, typeLibrary());
 }
 
 /// The classes root of the current user (HKCU\Software\Classes); the caller closes it.
@@ -147,8 +95,12 @@ HKEY openUserClasses() {
 HRESULT registerServer(bool forUser) {
   HKEY root = forUser ? openUserClasses() : HKEY_CLASSES_ROOT;
   if (root == nullptr) return SELFREG_E_CLASS;
-  const HRESULT hr = registerAll(root);
-  if (FAILED(hr)) unregisterAll(root);
+  const std::wstring path = modulePath();
+  const HRESULT hr =
+      !path.empty() && listMatchesTypeLibrary() && writeRegistration(root, registration::kPlugin, path)
+          ? S_OK
+          : SELFREG_E_CLASS;
+  if (FAILED(hr)) deleteRegistration(root, registration::kPlugin);
   if (forUser) RegCloseKey(root);
   return hr;
 }
@@ -156,7 +108,7 @@ HRESULT registerServer(bool forUser) {
 HRESULT unregisterServer(bool forUser) {
   HKEY root = forUser ? openUserClasses() : HKEY_CLASSES_ROOT;
   if (root == nullptr) return S_OK;
-  unregisterAll(root);
+  deleteRegistration(root, registration::kPlugin);
   if (forUser) RegCloseKey(root);
   return S_OK;
 }
