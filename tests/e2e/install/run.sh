@@ -52,19 +52,20 @@ check "the x86 package holds the same files" files_of "$x86"
 
 # The x86 package installs 32-bit components into the 32-bit Program Files, its type library under win32.
 thirty_two_bit() {
-  msiinfo suminfo "$x86" | grep -q '^Template: Intel;' || { echo "not an Intel package"; return 1; }
-  table "$x86" Directory | grep -q $'^INSTALLFOLDER\tProgramFilesFolder\t' || { echo "not in ProgramFilesFolder"; return 1; }
+  [[ $'\n'$(msiinfo suminfo "$x86") == *$'\nTemplate: Intel;'* ]] || { echo "not an Intel package"; return 1; }
+  [[ $'\n'$(table "$x86" Directory) == *$'\nINSTALLFOLDER\tProgramFilesFolder\t'* ]] ||
+    { echo "not in ProgramFilesFolder"; return 1; }
   table "$x86" Component | awk -F'\t' 'int($4 / 256) % 2 { print "64-bit component: " $1; bad = 1 } END { exit bad }' || return 1
   table "$x64" Component | awk -F'\t' '!(int($4 / 256) % 2) { print "32-bit component in x64: " $1; bad = 1 } END { exit bad }'
 }
 check "the x86 package is 32-bit (Intel, ProgramFilesFolder, no 64-bit component); the x64 package 64-bit" thirty_two_bit
 
 # The Registry rows of a package as "[KEY] NAME=DATA" lines of the registry (a per-machine install writes
-# HKCR rows under HKLM\Software\Classes), the plug-in's path as <plugin>.
+# HKCR rows under HKLM\Software\Classes), the paths of the plug-in and of MsgForm.exe as <plugin>, <msgform>.
 package_values() {
   table "$1" Registry | awk -F'\t' '$2 == 0 {
       name = $4 == "" ? "@" : "\"" $4 "\""; value = $5
-      sub(/\[#TamsaRX9400VTI\.dll\]/, "<plugin>", value)
+      sub(/\[#TamsaRX9400VTI\.dll\]/, "<plugin>", value); sub(/\[#MsgForm\.exe\]/, "<msgform>", value)
       print "[hkey_local_machine\\software\\classes\\" $3 "] " name "=\"" value "\"" }
     $2 != 0 { print "row outside HKCR: " $0 }' | tr '[:upper:]' '[:lower:]' | sort
 }
@@ -87,9 +88,9 @@ upgrades() {
 }
 check "each architecture has an UpgradeCode of its own; a newer package replaces older ones, keeping the features" upgrades
 
-# --- Registration: the package's rows against regsvr32 --------------------------------------------------
-guids=$(grep -o 'uuid([0-9A-Fa-f-]*)' src/win/TamsaRX9400VTI.idl | sed 's/uuid(\(.*\))/\1/' | tr '[:upper:]' '[:lower:]' |
-  paste -sd '|')
+# --- Registration: the package's rows against regsvr32 and MsgForm.exe /RegServer -----------------------
+guids=$(cat src/win/TamsaRX9400VTI.idl tools/msgform/MsgForm.idl | grep -o 'uuid([0-9A-Fa-f-]*)' |
+  sed 's/uuid(\(.*\))/\1/' | tr '[:upper:]' '[:lower:]' | paste -sd '|')
 # The registry as sorted "[KEY]" and "[KEY] VALUE" lines (lower case) in FILE, read from the prefix's
 # files, which Wine writes when its session ends.
 snapshot() {
@@ -101,23 +102,33 @@ snapshot() {
       /^[@"]/ { print "[" root "\\" key "] " $0 }' "$WINEPREFIX/${root#*:}.reg"
   done | sed 's/\\\\/\\/g' | tr '[:upper:]' '[:lower:]' | sort -u >"$1"
 }
-# The values of the plug-in's keys (its classes, ProgIDs, type library, interfaces) in a snapshot, the
-# DLL's path PATH written <plugin>.
-plugin_values() {
-  grep -E "^\[hkey_local_machine\\\\software\\\\classes\\\\((clsid|interface|typelib)\\\\\{($guids)\}|tamsarx9400vti\.)[^]]*\] " "$1" |
-    PLUGIN=$(tr '[:upper:]' '[:lower:]' <<<"$2") awk '{ path = ENVIRON["PLUGIN"]; i = index($0, path)
-      if (i) $0 = substr($0, 1, i - 1) "<plugin>" substr($0, i + length(path)); print }'
+# The values of the keys of the plug-in and of MsgForm (classes, ProgIDs, type libraries, interfaces) in
+# a snapshot, with the paths of both files in FOLDER written <plugin> and <msgform>.
+registered_values() {
+  grep -E "^\[hkey_local_machine\\\\software\\\\classes\\\\((clsid|interface|typelib)\\\\\{($guids)\}|tamsarx9400vti\.|msgform\.messageform)[^]]*\] " "$1" |
+    FOLDER=$(tr '[:upper:]' '[:lower:]' <<<"$2") awk '
+      function swap(path, token,  i) { i = index($0, path); if (i) $0 = substr($0, 1, i - 1) token substr($0, i + length(path)) }
+      { swap(ENVIRON["FOLDER"] "\\tamsarx9400vti.dll", "<plugin>"); swap(ENVIRON["FOLDER"] "\\msgform.exe", "<msgform>"); print }' |
+    sed 's/\\"/"/g'
 }
-built=$(windows_path "$bin/TamsaRX9400VTI.dll")
 rows_are_registration() {
-  diff <(plugin_values "$1" "$2") <(package_values "$x64") | sed 's/^</written: /; s/^>/row: /' | grep '^[wr]' && return 1
-  [ "$(plugin_values "$1" "$2" | wc -l)" -gt 0 ] || { echo "nothing registered"; return 1; }
+  local written difference
+  written=$(registered_values "$1" "$2")
+  [ -n "$written" ] || { echo "nothing registered"; return 1; }
+  difference=$(diff <(printf '%s\n' "$written") <(package_values "$x64"))
+  [ -z "$difference" ] || { sed -n 's/^</written:/p; s/^>/row:/p' <<<"$difference"; return 1; }
 }
-check "regsvr32 registers the built plug-in" run_wine 60 regsvr32 /s "$built"
+register_built() {
+  run_wine 60 regsvr32 /s "$(windows_path "$bin/TamsaRX9400VTI.dll")" && run_wine 60 "$bin/MsgForm.exe" /RegServer
+}
+check "regsvr32 registers the built plug-in, MsgForm.exe /RegServer the built MsgForm" register_built
 snapshot "$artifacts/registry-regsvr32.txt"
-check "the x64 package's Registry rows are exactly the values regsvr32 writes" \
-  rows_are_registration "$artifacts/registry-regsvr32.txt" "$built"
-check "regsvr32 /u unregisters it again" run_wine 60 regsvr32 /s /u "$built"
+check "the x64 package's Registry rows are exactly the values regsvr32 and MsgForm.exe /RegServer write" \
+  rows_are_registration "$artifacts/registry-regsvr32.txt" "$(windows_path "$bin")"
+unregister_built() {
+  run_wine 60 regsvr32 /s /u "$(windows_path "$bin/TamsaRX9400VTI.dll")" && run_wine 60 "$bin/MsgForm.exe" /UnregServer
+}
+check "regsvr32 /u and MsgForm.exe /UnregServer remove them again" unregister_built
 
 # --- Install, use, upgrade, remove -----------------------------------------------------------------------
 # Products of an earlier run that ended early are removed first: each package has a product code of its own.
@@ -151,7 +162,7 @@ check "the installed folder holds the plug-in, MsgForm.exe, the tools and README
   installed_files
 snapshot "$artifacts/registry-installed.txt"
 check "the install writes exactly the package's Registry rows" \
-  rows_are_registration "$artifacts/registry-installed.txt" "$installed_windows\\TamsaRX9400VTI.dll"
+  rows_are_registration "$artifacts/registry-installed.txt" "$installed_windows"
 check_lines "rx9400-testhost classes (installed)" run_wine 60 "$bin/rx9400-testhost.exe" --limit=30 classes
 
 check "msiexec /i ADDLOCAL=Simulator adds the simulator feature" \
@@ -203,26 +214,27 @@ one_product() {
 }
 check "one product entry remains, of version $newer" one_product
 check "after the upgrade the registration is the package's" \
-  rows_are_registration "$artifacts/registry-upgraded.txt" "$installed_windows\\TamsaRX9400VTI.dll"
+  rows_are_registration "$artifacts/registry-upgraded.txt" "$installed_windows"
 
 check "msiexec /x removes the product silently" msiexec_logged remove.log /x "$(windows_path "$upgrade")"
 no_files_left() {
+  local left
   [ ! -e "$installed" ] || { echo "$installed is still there"; return 1; }
-  files_in_prefix | comm -13 "$artifacts/files-before.txt" - | sed 's/^/left: /' | grep . && return 1
-  return 0
+  left=$(files_in_prefix | comm -13 "$artifacts/files-before.txt" -)
+  [ -z "$left" ] || { sed 's/^/left: /' <<<"$left"; return 1; }
 }
 check "no file of the installs is left in the prefix" no_files_left
 # What the installs added to the registry and is still there. The Windows Installer's own folders
 # (Products, Features, UpgradeCodes, Components) stay as empty keys, as on any machine that ran it.
 no_registry_left() {
+  local left
   snapshot "$artifacts/registry-after.txt"
   cat "$artifacts/registry-installed.txt" "$artifacts/registry-upgraded.txt" | sort -u |
     comm -23 - "$artifacts/registry-before.txt" >"$artifacts/registry-added.txt"
   echo "$(wc -l <"$artifacts/registry-added.txt") keys and values added by the installs"
-  comm -12 "$artifacts/registry-added.txt" "$artifacts/registry-after.txt" |
-    grep -vE '\\installer(\\userdata\\s-1-5-18)?\\(products|features|upgradecodes|components)\]$' |
-    sed 's/^/left: /' | grep . && return 1
-  return 0
+  left=$(comm -12 "$artifacts/registry-added.txt" "$artifacts/registry-after.txt" |
+    grep -vE '\\installer(\\userdata\\s-1-5-18)?\\(products|features|upgradecodes|components)\]$')
+  [ -z "$left" ] || { sed 's/^/left: /' <<<"$left"; return 1; }
 }
 check "no registry key or value of the installs is left (HKLM and HKCU)" no_registry_left
 
