@@ -172,6 +172,7 @@ simulator_apart() {
   [ ! -e "$installed/TamsaMBDll.dll" ] || { echo "a TamsaMBDll.dll beside the plug-in"; return 1; }
 }
 check "the simulator is installed in Simulator, nothing beside the plug-in" simulator_apart
+snapshot "$artifacts/registry-simulator.txt"
 
 # VBScript as the executive's scripts call the plug-in, started in the installed folder; rx9400-automate
 # closes whatever window the plug-in opens. The simulator in Simulator is never loaded by the plug-in alone.
@@ -229,7 +230,7 @@ check "no file of the installs is left in the prefix" no_files_left
 no_registry_left() {
   local left
   snapshot "$artifacts/registry-after.txt"
-  cat "$artifacts/registry-installed.txt" "$artifacts/registry-upgraded.txt" | sort -u |
+  cat "$artifacts"/registry-{installed,simulator,upgraded}.txt | sort -u |
     comm -23 - "$artifacts/registry-before.txt" >"$artifacts/registry-added.txt"
   echo "$(wc -l <"$artifacts/registry-added.txt") keys and values added by the installs"
   left=$(comm -12 "$artifacts/registry-added.txt" "$artifacts/registry-after.txt" |
