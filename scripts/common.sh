@@ -1,9 +1,9 @@
 # Helpers shared by the project's scripts (sourced, not run).
 
-# The Debian packages the build, the tests and the demo need.
+# The Debian packages the build, the tests, the demo and the installer packages need.
 RX9400_PACKAGES=(cmake g++ make googletest libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev
   g++-mingw-w64-x86-64 g++-mingw-w64-i686 mingw-w64-tools binutils-mingw-w64-x86-64 binutils-mingw-w64-i686
-  wine wine64 libwine-dev xvfb xauth imagemagick gnuplot-nox)
+  wine wine64 libwine-dev xvfb xauth imagemagick gnuplot-nox msitools wixl)
 
 # Installs the packages that are missing (as root), or says which are missing and fails.
 ensure_packages() {

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Runs every test of the project on a fresh Debian 12 machine: installs what is missing (as root),
 # builds the four presets, runs the native tests (plain and with sanitizers), checks the Windows
-# DLLs' exports and runs the Windows build under Wine (the plug-in end to end, then the shared
-# services, then the demo's session recorded and replayed; they share one Wine prefix and run one
-# after the other).
+# DLLs' exports and runs the Windows build under Wine (the plug-in end to end, the shared services,
+# the demo's session recorded and replayed, then the installer packages; they share one Wine prefix
+# and run one after the other).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh
@@ -25,3 +25,5 @@ echo "== Windows checks of the shared services"
 bash tests/e2e/services/run.sh
 echo "== Record and replay under Wine"
 bash tests/e2e/replay/run.sh
+echo "== Windows installer packages under Wine"
+bash tests/e2e/install/run.sh

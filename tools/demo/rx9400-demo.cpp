@@ -5,8 +5,10 @@
 // Then it downloads the exposure's waveforms (the all-in-one kV trace, the mAs meter's tube current),
 // prints their first values and, with --waveforms, writes each whole one to FOLDER\aio-waveform.dat and
 // FOLDER\mas-waveform.dat: a title line, then "time in ms<TAB>value" lines, ready to plot.
+// --library-folder FOLDER is where the plug-in finds the device library when none lies beside it: the
+// simulator, which an installation keeps in its Simulator folder, apart from the vendor's library.
 //
-//   rx9400-demo [--passes N] [--waveforms FOLDER]
+//   rx9400-demo [--passes N] [--waveforms FOLDER] [--library-folder FOLDER]
 #include <windows.h>
 
 #include <oleauto.h>
@@ -230,6 +232,15 @@ int main(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
     if (std::strcmp(argv[i], "--passes") == 0 && i + 1 < argc) passes = std::atoi(argv[++i]);
     if (std::strcmp(argv[i], "--waveforms") == 0 && i + 1 < argc) waveforms = argv[++i];
+    // The plug-in looks beside itself first, then where Windows looks: this folder is searched there.
+    if (std::strcmp(argv[i], "--library-folder") == 0 && i + 1 < argc) {
+      char folder[MAX_PATH * 2] = {};
+      const DWORD length = GetFullPathNameA(argv[++i], sizeof(folder), folder, nullptr);
+      if (length == 0 || length >= sizeof(folder) || !SetDllDirectoryA(folder)) {
+        std::printf("rx9400-demo: cannot search the folder %s\n", argv[i]);
+        return 1;
+      }
+    }
   }
   check(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), "starting COM");
   const int status = demo(passes, waveforms);

@@ -17,6 +17,7 @@
 #include "win/DispatchObject.h"
 #include "win/MsgFormWindow.h"
 #include "win/MsgForm_h.h"
+#include "win/RegistrationWriter.h"
 #include "win/SingleInterface.h"
 
 namespace rx9400::msgform {
@@ -25,9 +26,6 @@ namespace {
 using win::trapped;
 
 constexpr wchar_t kClassName[] = L"MsgFormWindow";
-constexpr wchar_t kProgId[] = L"MsgForm.MessageForm";
-constexpr wchar_t kVersionedProgId[] = L"MsgForm.MessageForm.1";
-constexpr wchar_t kDescription[] = L"MsgForm message form";
 
 // --- The process's lifetime: forms and locks hold it -------------------------------------------------
 
@@ -185,71 +183,26 @@ int serve() {
 
 // --- Registration ----------------------------------------------------------------------------------------
 
-std::wstring guidText(REFGUID guid) {
-  wchar_t text[40] = {};
-  StringFromGUID2(guid, text, 40);
-  return text;
-}
-
 std::wstring exePath() {
   wchar_t path[MAX_PATH * 2] = {};
   const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH * 2);
   return length == 0 || length >= MAX_PATH * 2 ? std::wstring() : std::wstring(path, length);
 }
 
-/// A key's default value and, when `valueName` is given, one named value.
-bool writeKey(const std::wstring& key, const std::wstring& value, const wchar_t* valueName = nullptr,
-              const std::wstring& namedValue = {}) {
-  HKEY handle = nullptr;
-  if (RegCreateKeyExW(HKEY_CLASSES_ROOT, key.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &handle, nullptr) !=
-      ERROR_SUCCESS)
-    return false;
-  const auto put = [&](const wchar_t* name, const std::wstring& data) {
-    return RegSetValueExW(handle, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(data.c_str()),
-                          static_cast<DWORD>((data.size() + 1) * sizeof(wchar_t))) == ERROR_SUCCESS;
-  };
-  const bool written = put(nullptr, value) && (valueName == nullptr || put(valueName, namedValue));
-  RegCloseKey(handle);
-  return written;
-}
-
 void unregisterServer() {
-  for (const std::wstring& key :
-       {L"CLSID\\" + guidText(CLSID_MessageForm), std::wstring(kProgId), std::wstring(kVersionedProgId)}) {
-    RegDeleteTreeW(HKEY_CLASSES_ROOT, key.c_str());
-    RegDeleteKeyW(HKEY_CLASSES_ROOT, key.c_str());
-  }
-#if defined(_WIN64)
-  UnRegisterTypeLib(LIBID_MsgForm, 1, 0, LOCALE_NEUTRAL, SYS_WIN64);
-#else
-  UnRegisterTypeLib(LIBID_MsgForm, 1, 0, LOCALE_NEUTRAL, SYS_WIN32);
-#endif
+  win::deleteRegistration(HKEY_CLASSES_ROOT, registration::kMsgForm);
 }
 
 /// The class as a local server with both ProgIDs, and the type library embedded in this file, whose
-/// registration lets the universal marshaler carry the interfaces between processes.
+/// registration lets the universal marshaler carry the interfaces between processes: the values of the
+/// registration list (src/win/Registration.h), which the installer packages carry as their own rows.
 bool registerServer() {
-  std::wstring path = exePath();
-  if (path.empty()) return false;
-  const std::wstring clsid = guidText(CLSID_MessageForm), classKey = L"CLSID\\" + clsid;
-  const bool written =
-      writeKey(classKey, kDescription) && writeKey(classKey + L"\\LocalServer32", L"\"" + path + L"\"") &&
-      writeKey(classKey + L"\\ProgID", kVersionedProgId) &&
-      writeKey(classKey + L"\\VersionIndependentProgID", kProgId) &&
-      writeKey(classKey + L"\\TypeLib", guidText(LIBID_MsgForm)) &&
-      writeKey(classKey + L"\\Version", L"1.0") && writeKey(classKey + L"\\Programmable", L"") &&
-      writeKey(kVersionedProgId, kDescription) &&
-      writeKey(kVersionedProgId + std::wstring(L"\\CLSID"), clsid) && writeKey(kProgId, kDescription) &&
-      writeKey(kProgId + std::wstring(L"\\CLSID"), clsid) &&
-      writeKey(kProgId + std::wstring(L"\\CurVer"), kVersionedProgId);
-  ITypeLib* library = nullptr;
-  bool typeLibrary = written && SUCCEEDED(LoadTypeLibEx(path.c_str(), REGKIND_NONE, &library));
-  if (typeLibrary) {
-    typeLibrary = SUCCEEDED(RegisterTypeLib(library, path.data(), nullptr));
-    library->Release();
-  }
-  if (!typeLibrary) unregisterServer();
-  return typeLibrary;
+  const std::wstring path = exePath();
+  const bool registered = !path.empty() &&
+                          win::registrationMatches(registration::kMsgForm, win::typeLibrary()) &&
+                          win::writeRegistration(HKEY_CLASSES_ROOT, registration::kMsgForm, path);
+  if (!registered) unregisterServer();
+  return registered;
 }
 
 enum class Action { Serve, Register, Unregister, Unknown };

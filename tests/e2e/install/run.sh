@@ -1,0 +1,242 @@
+#!/usr/bin/env bash
+# The installer packages (scripts/package.sh) as a lab administrator deploys them. The x64 package runs
+# under Wine: installed silently, its registration compared with what regsvr32 writes, the classes
+# created by ProgID and every member called from the installed folder, the demo run there against the
+# optional simulator, upgraded by a newer package and removed again, leaving no file and no registry key
+# behind. The x86 package cannot run under 64-bit Wine: its tables are read with msiinfo.
+# README.md in this folder describes each check. Ends with "install: N passed, M failed".
+set -uo pipefail
+cd "$(dirname "$0")/../../.."
+source tests/e2e/lib.sh
+
+artifacts=build/e2e-artifacts/install
+packages=build/e2e-install
+rm -rf "$artifacts" "$packages"
+mkdir -p "$artifacts" "$packages"
+folder_name='TamsaRX9400VTI'
+installed="$WINEPREFIX/drive_c/Program Files/$folder_name"
+installed_windows="C:\\Program Files\\$folder_name"
+product='TamsaRX9400VTI (x64)'
+
+# --- The packages -----------------------------------------------------------------------------------
+version=$(sed -n 's/^project(TamsaRX9400VTI VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+IFS=. read -r major minor patch <<<"$version"
+newer="$major.$minor.$((patch + 1))"
+package_all() {
+  bash scripts/package.sh --output "$packages" >/dev/null &&
+    bash scripts/package.sh --version "$newer" --output "$packages" >/dev/null
+}
+check "scripts/package.sh builds both packages of $version and an x64 package of $newer to upgrade with" package_all
+x64=$packages/TamsaRX9400VTI-$version-x64.msi
+x86=$packages/TamsaRX9400VTI-$version-x86.msi
+upgrade=$packages/TamsaRX9400VTI-$newer-x64.msi
+
+# A table of a package without its three header lines.
+table() { msiinfo export "$1" "$2" | tr -d '\r' | tail -n +4; }
+# "FOLDER/FILE" for every file of a package.
+package_files() (
+  export LC_ALL=C
+  join -t $'\t' -1 2 -2 1 <(table "$1" File | awk -F'\t' '{ print $1 "\t" $2 "\t" $3 }' | sort -t $'\t' -k2,2) \
+    <(table "$1" Component | awk -F'\t' '{ print $1 "\t" $3 }' | sort) |
+    awk -F'\t' '{ print $4 "/" $3 }' | sort
+)
+expected_files() {
+  printf 'INSTALLFOLDER/%s\n' MsgForm.exe README.txt TamsaRX9400VTI.dll rx9400-demo.exe rx9400-probe.exe \
+    rx9400-traceviewer.exe
+  echo SIMULATORFOLDER/TamsaMBDll.dll
+}
+files_of() { diff <(expected_files) <(package_files "$1"); }
+check "the x64 package holds the plug-in, MsgForm.exe, the tools and README.txt, the simulator in Simulator" \
+  files_of "$x64"
+check "the x86 package holds the same files" files_of "$x86"
+
+# The x86 package installs 32-bit components into the 32-bit Program Files, its type library under win32.
+thirty_two_bit() {
+  [[ $'\n'$(msiinfo suminfo "$x86") == *$'\nTemplate: Intel;'* ]] || { echo "not an Intel package"; return 1; }
+  [[ $'\n'$(table "$x86" Directory) == *$'\nINSTALLFOLDER\tProgramFilesFolder\t'* ]] ||
+    { echo "not in ProgramFilesFolder"; return 1; }
+  table "$x86" Component | awk -F'\t' 'int($4 / 256) % 2 { print "64-bit component: " $1; bad = 1 } END { exit bad }' || return 1
+  table "$x64" Component | awk -F'\t' '!(int($4 / 256) % 2) { print "32-bit component in x64: " $1; bad = 1 } END { exit bad }'
+}
+check "the x86 package is 32-bit (Intel, ProgramFilesFolder, no 64-bit component); the x64 package 64-bit" thirty_two_bit
+
+# The Registry rows of a package as "[KEY] NAME=DATA" lines of the registry (a per-machine install writes
+# HKCR rows under HKLM\Software\Classes), the paths of the plug-in and of MsgForm.exe as <plugin>, <msgform>.
+package_values() {
+  table "$1" Registry | awk -F'\t' '$2 == 0 {
+      name = $4 == "" ? "@" : "\"" $4 "\""; value = $5
+      sub(/\[#TamsaRX9400VTI\.dll\]/, "<plugin>", value); sub(/\[#MsgForm\.exe\]/, "<msgform>", value)
+      print "[hkey_local_machine\\software\\classes\\" $3 "] " name "=\"" value "\"" }
+    $2 != 0 { print "row outside HKCR: " $0 }' | tr '[:upper:]' '[:lower:]' | sort
+}
+rows_for_32_bit_view() {
+  local rows
+  rows=$(package_values "$x64" | sed 's/\\0\\win64]/\\0\\win32]/')
+  diff <(printf '%s\n' "$rows") <(package_values "$x86") && grep -q 'win32]' <<<"$rows"
+}
+check "the x86 package's Registry rows are the x64 package's for the 32-bit view (win32)" rows_for_32_bit_view
+
+# A newer package replaces an older one of its architecture only, keeping the features chosen (Wine's
+# msiexec does not migrate them: the upgrade below checks the replacement alone).
+upgrade_code() { table "$1" Property | awk -F'\t' '$1 == "UpgradeCode" { print $2 }'; }
+upgrades() {
+  [ "$(upgrade_code "$x64")" = "$(upgrade_code "$upgrade")" ] || { echo "the x64 packages differ in UpgradeCode"; return 1; }
+  [ "$(upgrade_code "$x64")" != "$(upgrade_code "$x86")" ] || { echo "x64 and x86 share an UpgradeCode"; return 1; }
+  table "$upgrade" Upgrade | awk -F'\t' -v code="$(upgrade_code "$upgrade")" \
+    '$1 == code && $3 == "'"$newer"'" && $5 % 2 == 1 { found = 1 } END { exit !found }' ||
+    { echo "no upgrade of older versions migrating features"; return 1; }
+}
+check "each architecture has an UpgradeCode of its own; a newer package replaces older ones, keeping the features" upgrades
+
+# --- Registration: the package's rows against regsvr32 and MsgForm.exe /RegServer -----------------------
+guids=$(cat src/win/TamsaRX9400VTI.idl tools/msgform/MsgForm.idl | grep -o 'uuid([0-9A-Fa-f-]*)' |
+  sed 's/uuid(\(.*\))/\1/' | tr '[:upper:]' '[:lower:]' | paste -sd '|')
+# The registry as sorted "[KEY]" and "[KEY] VALUE" lines (lower case) in FILE, read from the prefix's
+# files, which Wine writes when its session ends.
+snapshot() {
+  wineserver -k 2>/dev/null
+  timeout 30 wineserver -w 2>/dev/null
+  local root
+  for root in hkey_local_machine:system hkey_current_user:user; do
+    awk -v root="${root%:*}" '/^\[/ { key = substr($0, 2, index($0, "]") - 2); print "[" root "\\" key "]"; next }
+      /^[@"]/ { print "[" root "\\" key "] " $0 }' "$WINEPREFIX/${root#*:}.reg"
+  done | sed 's/\\\\/\\/g' | tr '[:upper:]' '[:lower:]' | sort -u >"$1"
+}
+# The values of the keys of the plug-in and of MsgForm (classes, ProgIDs, type libraries, interfaces) in
+# a snapshot, with the paths of both files in FOLDER written <plugin> and <msgform>.
+registered_values() {
+  grep -E "^\[hkey_local_machine\\\\software\\\\classes\\\\((clsid|interface|typelib)\\\\\{($guids)\}|tamsarx9400vti\.|msgform\.messageform)[^]]*\] " "$1" |
+    FOLDER=$(tr '[:upper:]' '[:lower:]' <<<"$2") awk '
+      function swap(path, token,  i) { i = index($0, path); if (i) $0 = substr($0, 1, i - 1) token substr($0, i + length(path)) }
+      { swap(ENVIRON["FOLDER"] "\\tamsarx9400vti.dll", "<plugin>"); swap(ENVIRON["FOLDER"] "\\msgform.exe", "<msgform>"); print }' |
+    sed 's/\\"/"/g'
+}
+rows_are_registration() {
+  local written difference
+  written=$(registered_values "$1" "$2")
+  [ -n "$written" ] || { echo "nothing registered"; return 1; }
+  difference=$(diff <(printf '%s\n' "$written") <(package_values "$x64"))
+  [ -z "$difference" ] || { sed -n 's/^</written:/p; s/^>/row:/p' <<<"$difference"; return 1; }
+}
+register_built() {
+  run_wine 60 regsvr32 /s "$(windows_path "$bin/TamsaRX9400VTI.dll")" && run_wine 60 "$bin/MsgForm.exe" /RegServer
+}
+check "regsvr32 registers the built plug-in, MsgForm.exe /RegServer the built MsgForm" register_built
+snapshot "$artifacts/registry-regsvr32.txt"
+check "the x64 package's Registry rows are exactly the values regsvr32 and MsgForm.exe /RegServer write" \
+  rows_are_registration "$artifacts/registry-regsvr32.txt" "$(windows_path "$bin")"
+unregister_built() {
+  run_wine 60 regsvr32 /s /u "$(windows_path "$bin/TamsaRX9400VTI.dll")" && run_wine 60 "$bin/MsgForm.exe" /UnregServer
+}
+check "regsvr32 /u and MsgForm.exe /UnregServer remove them again" unregister_built
+
+# --- Install, use, upgrade, remove -----------------------------------------------------------------------
+# Products of an earlier run that ended early are removed first: each package has a product code of its own.
+remove_leftovers() {
+  local code
+  snapshot "$artifacts/registry-start.txt"
+  grep -F "\"displayname\"=\"${product,,}\"" "$artifacts/registry-start.txt" |
+    sed -n 's/.*\\uninstall\\\({[^}]*}\)\].*/\1/p' | while read -r code; do
+    echo "removing $code, left by an earlier run"
+    run_wine 120 msiexec /x "${code^^}" /qn
+  done
+}
+remove_leftovers
+files_in_prefix() {
+  find "$WINEPREFIX/drive_c" -printf '%P\n' |
+    grep -viE '^(windows/installer|(windows/temp|users/[^/]*/(temp|appdata/local/temp))(/.*)?)$' | sort
+}
+snapshot "$artifacts/registry-before.txt"
+files_in_prefix >"$artifacts/files-before.txt"
+trap 'remove_leftovers >/dev/null 2>&1; wineserver -k 2>/dev/null || true' EXIT
+
+msiexec_logged() {
+  local log=$1; shift
+  run_wine 180 msiexec "$@" /qn /l*v "$(windows_path "$artifacts/$log")"
+}
+check "msiexec /i installs the x64 package silently" msiexec_logged install.log /i "$(windows_path "$x64")"
+installed_files() {
+  diff <(expected_files | sed -n 's,^INSTALLFOLDER/,,p') <(cd "$installed" && find . -printf '%P\n' | sed '/^$/d' | LC_ALL=C sort)
+}
+check "the installed folder holds the plug-in, MsgForm.exe, the tools and README.txt; no simulator by default" \
+  installed_files
+snapshot "$artifacts/registry-installed.txt"
+check "the install writes exactly the package's Registry rows" \
+  rows_are_registration "$artifacts/registry-installed.txt" "$installed_windows"
+check_lines "rx9400-testhost classes (installed)" run_wine 60 "$bin/rx9400-testhost.exe" --limit=30 classes
+
+check "msiexec /i ADDLOCAL=Simulator adds the simulator feature" \
+  msiexec_logged simulator.log /i "$(windows_path "$x64")" ADDLOCAL=Simulator
+simulator_apart() {
+  [ -f "$installed/Simulator/TamsaMBDll.dll" ] || { echo "no Simulator\\TamsaMBDll.dll"; return 1; }
+  [ ! -e "$installed/TamsaMBDll.dll" ] || { echo "a TamsaMBDll.dll beside the plug-in"; return 1; }
+}
+check "the simulator is installed in Simulator, nothing beside the plug-in" simulator_apart
+snapshot "$artifacts/registry-simulator.txt"
+
+# VBScript as the executive's scripts call the plug-in, started in the installed folder; rx9400-automate
+# closes whatever window the plug-in opens. The simulator in Simulator is never loaded by the plug-in alone.
+members_installed() {
+  local out automate script
+  out=$(windows_path "$artifacts/members") automate=$(realpath "$bin/rx9400-automate.exe")
+  script=$(windows_path tests/e2e/vbs/members.vbs)
+  mkdir -p "$artifacts/members"
+  (cd "$installed" && TAMSA_SIM_LOG="$out\\calls.log" run_wine 150 "$automate" --timeout=120 "--artifacts=$out" \
+    "--run=cscript.exe //nologo $script scan" dismiss-all) || return 1
+  [ ! -e "$artifacts/members/calls.log" ] || { echo "the simulator in Simulator was loaded"; return 1; }
+}
+check "VBScript calls all members from the installed folder without a COM error (the simulator apart is not used)" \
+  members_installed
+
+# The installed demo against the installed simulator (--library-folder), its dialogs picked by
+# rx9400-automate from another process.
+demo_installed() {
+  local output
+  output=$(run_wine 120 "$bin/rx9400-automate.exe" --timeout=60 "--artifacts=$(windows_path "$artifacts")" \
+    "--run=\"$installed_windows\\rx9400-demo.exe\" --library-folder \"$installed_windows\\Simulator\"" \
+    window "Establish Connection" tick 0 tick 1 click Connect gone messagebox print click OK \
+    window "Establish Connection" tick 1 click Connect gone messagebox click OK 2>&1 | tr -d '\r')
+  printf '%s\n' "$output"
+  for wanted in 'kVp average *80.3' 'Dose per mAs *0.0617' 'kV .*: 3000 values over 100 ms' 'ended with exit code 0'; do
+    grep -q "$wanted" <<<"$output" || { echo "missing: $wanted"; return 1; }
+  done
+}
+check "the installed demo measures every kind of detector with the installed simulator" demo_installed
+
+check "msiexec /i installs the $newer package over $version" msiexec_logged upgrade.log /i "$(windows_path "$upgrade")"
+snapshot "$artifacts/registry-upgraded.txt"
+one_product() {
+  local entries
+  entries=$(grep -F "\"displayname\"=\"${product,,}\"" "$artifacts/registry-upgraded.txt" | grep -F '\uninstall\{' |
+    sed 's/\] .*/]/')
+  [ "$(grep -c . <<<"$entries")" -eq 1 ] || { echo "product entries:"; printf '%s\n' "$entries"; return 1; }
+  grep -qxF "$entries \"displayversion\"=\"$newer\"" "$artifacts/registry-upgraded.txt" ||
+    { echo "the entry is not version $newer"; return 1; }
+}
+check "one product entry remains, of version $newer" one_product
+check "after the upgrade the registration is the package's" \
+  rows_are_registration "$artifacts/registry-upgraded.txt" "$installed_windows"
+
+check "msiexec /x removes the product silently" msiexec_logged remove.log /x "$(windows_path "$upgrade")"
+no_files_left() {
+  local left
+  [ ! -e "$installed" ] || { echo "$installed is still there"; return 1; }
+  left=$(files_in_prefix | comm -13 "$artifacts/files-before.txt" -)
+  [ -z "$left" ] || { sed 's/^/left: /' <<<"$left"; return 1; }
+}
+check "no file of the installs is left in the prefix" no_files_left
+# What the installs added to the registry and is still there. The Windows Installer's own folders
+# (Products, Features, UpgradeCodes, Components) stay as empty keys, as on any machine that ran it.
+no_registry_left() {
+  local left
+  snapshot "$artifacts/registry-after.txt"
+  cat "$artifacts"/registry-{installed,simulator,upgraded}.txt | sort -u |
+    comm -23 - "$artifacts/registry-before.txt" >"$artifacts/registry-added.txt"
+  echo "$(wc -l <"$artifacts/registry-added.txt") keys and values added by the installs"
+  left=$(comm -12 "$artifacts/registry-added.txt" "$artifacts/registry-after.txt" |
+    grep -vE '\\installer(\\userdata\\s-1-5-18)?\\(products|features|upgradecodes|components)\]$')
+  [ -z "$left" ] || { sed 's/^/left: /' <<<"$left"; return 1; }
+}
+check "no registry key or value of the installs is left (HKLM and HKCU)" no_registry_left
+
+finish install
