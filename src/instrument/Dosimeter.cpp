@@ -9,6 +9,7 @@
 // to the executive as arrays of Variants, which a script can index.
 #include <cstring>
 #include <exception>
+#include <stdexcept>
 
 #include "core/NumberText.h"
 #include "core/Placement.h"
@@ -29,6 +30,15 @@ std::int32_t firstDosimeter(const SharedState& state) {
 
 bool isMasKind(std::int32_t kind) {
   return kind == 2 || kind == 4 || kind == 5;
+}
+
+/// A Single as a Long, cut towards zero; a value no Long holds (or not a number) is a run-time failure
+/// of the member.
+std::int32_t truncatedLong(float value) {
+  const double wide = value;
+  if (!(wide > -2147483649.0 && wide < 2147483648.0))
+    throw std::overflow_error("a Single out of the Long range");
+  return static_cast<std::int32_t>(wide);
 }
 
 }  // namespace
@@ -279,12 +289,11 @@ bool Instrument::compareDosimeterSettings(CompareData& values) {
     }
   }
   // The dosimeter's own values go back to the executive.
-  values = CompareData{
-      adcf.mode,           adcf.useSetTemperature, adcf.useSetPressure,
-      adcf.setTemperature, adcf.setPressure,       static_cast<std::int32_t>(adcf.referenceTemperature),
-      mode.mode,           mode.autoReset,         unit.doseUnit,
-      unit.doseRateUnit,   unit.frameRate,         unit.temperatureUnit,
-      unit.pressureUnit,   offset.pressureOffset,  offset.temperatureOffset};
+  values = CompareData{adcf.mode,           adcf.useSetTemperature, adcf.useSetPressure,
+                       adcf.setTemperature, adcf.setPressure,       truncatedLong(adcf.referenceTemperature),
+                       mode.mode,           mode.autoReset,         unit.doseUnit,
+                       unit.doseRateUnit,   unit.frameRate,         unit.temperatureUnit,
+                       unit.pressureUnit,   offset.pressureOffset,  offset.temperatureOffset};
   customAdcf_ = adcf;
   customUnit_ = unit;
   return differ;

@@ -77,6 +77,8 @@ void forget(Simulator& simulator, World& world) {
   platform.windows.calls.clear();
   world.events.events.clear();
   simulator.clearCalls();
+  // The round's first message box is cancelled, the others answered OK.
+  platform.boxes.answers.assign({kAnswerCancel});
   // A scan the member starts ends with every row the connect dialog lists ticked and connected.
   auto& connect = *platform.dialogs.connect;
   if (connect.scripts.empty()) connect.scripts.push_back(connectEveryRow);
