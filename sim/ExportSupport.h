@@ -6,6 +6,7 @@
 // function's failure value (0).
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -63,7 +64,10 @@ R call(const char* name, R failure, Body&& body, const Args&... args) noexcept {
     Simulator& simulator = ensure(lib);
     lib.log->append(std::string(name) + "(" + formatArgs(args...) + ")");
     if (lib.replay != nullptr) return static_cast<R>(lib.replay->answer(name, failure, *lib.log, args...));
-    return static_cast<R>(body(simulator));
+    simulator.chaos().begin();
+    const auto answer = body(simulator);
+    // MBRegisterApplication may have started a new simulator: ask the one now running.
+    return static_cast<R>(lib.simulator->chaos().answer(answer));
   } catch (...) {
     return failure;
   }
@@ -80,6 +84,23 @@ std::int32_t control(std::int32_t failure, Body&& body) noexcept {
   } catch (...) {
     return failure;
   }
+}
+
+/// The answer of a call that wrote `count` records from `first`, whose bytes chaos mode may replace.
+template <typename R, typename T>
+R wrote(Simulator& simulator, R answer, T* first, std::int64_t count = 1) {
+  simulator.chaos().scramble(first, count);
+  return answer;
+}
+
+/// The answer of a call that wrote names into the caller's array of `*count` elements and wrote back
+/// how many: chaos mode may replace the names or the count.
+template <typename Call>
+std::int32_t wroteNames(Simulator& simulator, TargetFilterName* first, std::int32_t* count, Call call) {
+  const std::int32_t room = count != nullptr && first != nullptr ? std::max(*count, 0) : 0;
+  const std::int32_t answer = call();
+  simulator.chaos().array(first, room, count);
+  return answer;
 }
 
 /// Bytes in `count` elements of T, or 0 when that does not fit a 32-bit count.

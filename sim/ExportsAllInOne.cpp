@@ -12,14 +12,15 @@ extern "C" {
 
 std::int32_t MB_STDCALL MBGetDetectorStatus(DetectorStatus* status, std::int32_t id) {
   return call(
-      "MBGetDetectorStatus", std::int32_t{0}, [&](Simulator& s) { return s.getDetectorStatus(status, id); },
-      status, id);
+      "MBGetDetectorStatus", std::int32_t{0},
+      [&](Simulator& s) { return sim::wrote(s, s.getDetectorStatus(status, id), status); }, status, id);
 }
 
 std::int32_t MB_STDCALL MBGetBatteryStatus(BatteryStatus* battery, std::int32_t id, std::int32_t flags) {
   return call(
-      "MBGetBatteryStatus", std::int32_t{0}, [&](Simulator& s) { return s.getBatteryStatus(battery, id); },
-      battery, id, flags);
+      "MBGetBatteryStatus", std::int32_t{0},
+      [&](Simulator& s) { return sim::wrote(s, s.getBatteryStatus(battery, id), battery); }, battery, id,
+      flags);
 }
 
 std::int32_t MB_STDCALL MBGetNumberOfInvalidTargetFilters(std::int32_t id) {
@@ -32,7 +33,11 @@ std::int32_t MB_STDCALL MBGetAllInvalidTargetFilters(std::int32_t id, TargetFilt
                                                      std::int32_t* count) {
   return call(
       "MBGetAllInvalidTargetFilters", std::int32_t{0},
-      [&](Simulator& s) { return s.getAllInvalidTargetFilters(id, first, count); }, id, first, count);
+      [&](Simulator& s) {
+        return sim::wroteNames(s, first, count,
+                               [&] { return s.getAllInvalidTargetFilters(id, first, count); });
+      },
+      id, first, count);
 }
 
 std::int32_t MB_STDCALL MBGetNumberOfValidTargetFilters(std::int32_t id, std::int32_t flags) {
@@ -45,13 +50,16 @@ std::int32_t MB_STDCALL MBGetValidTargetFilters(std::int32_t id, TargetFilterNam
                                                 std::int32_t* count) {
   return call(
       "MBGetValidTargetFilters", std::int32_t{0},
-      [&](Simulator& s) { return s.getValidTargetFilters(id, first, count); }, id, first, count);
+      [&](Simulator& s) {
+        return sim::wroteNames(s, first, count, [&] { return s.getValidTargetFilters(id, first, count); });
+      },
+      id, first, count);
 }
 
 std::int32_t MB_STDCALL MBGetDefaultTargetFilter(std::int32_t id, TargetFilterName* name) {
   return call(
       "MBGetDefaultTargetFilter", std::int32_t{0},
-      [&](Simulator& s) { return s.getDefaultTargetFilter(id, name); }, id, name);
+      [&](Simulator& s) { return sim::wrote(s, s.getDefaultTargetFilter(id, name), name); }, id, name);
 }
 
 // ---- Measurement control and data --------------------------------------------------------------------
@@ -93,8 +101,8 @@ std::int32_t MB_STDCALL MBSetMeasurementSettings(std::int32_t id, MeasurementSet
 
 std::int32_t MB_STDCALL MBGetMeasuredData(AioMeasuredData* data, std::int32_t id, std::int32_t reserved) {
   return call(
-      "MBGetMeasuredData", std::int32_t{0}, [&](Simulator& s) { return s.getMeasuredData(data, id); }, data,
-      id, reserved);
+      "MBGetMeasuredData", std::int32_t{0},
+      [&](Simulator& s) { return sim::wrote(s, s.getMeasuredData(data, id), data); }, data, id, reserved);
 }
 
 std::int32_t MB_STDCALL MBGetDetectorStatusOfAll(DetectorStatus* first) {

@@ -13,14 +13,16 @@ std::int32_t MB_STDCALL MBGetDosimeterMeasuredData(DoseMeasuredData* data, std::
                                                    std::int32_t reserved) {
   return call(
       "MBGetDosimeterMeasuredData", std::int32_t{0},
-      [&](Simulator& s) { return s.getDosimeterMeasuredData(data, id); }, data, id, reserved);
+      [&](Simulator& s) { return sim::wrote(s, s.getDosimeterMeasuredData(data, id), data); }, data, id,
+      reserved);
 }
 
 // ---- Dosimeter configuration ----------------------------------------------------------------------------
 
 std::int32_t MB_STDCALL MBGetADCF(std::int32_t id, AdcfSettings* adcf) {
   return call(
-      "MBGetADCF", std::int32_t{0}, [&](Simulator& s) { return s.getAdcf(id, adcf); }, id, adcf);
+      "MBGetADCF", std::int32_t{0}, [&](Simulator& s) { return sim::wrote(s, s.getAdcf(id, adcf), adcf); },
+      id, adcf);
 }
 
 std::int32_t MB_STDCALL MBSetADCF(std::int32_t id, AdcfSettings* adcf) {
@@ -30,8 +32,8 @@ std::int32_t MB_STDCALL MBSetADCF(std::int32_t id, AdcfSettings* adcf) {
 
 std::int32_t MB_STDCALL MBGetDosimeterMode(std::int32_t id, DosimeterMode* mode) {
   return call(
-      "MBGetDosimeterMode", std::int32_t{0}, [&](Simulator& s) { return s.getDosimeterMode(id, mode); }, id,
-      mode);
+      "MBGetDosimeterMode", std::int32_t{0},
+      [&](Simulator& s) { return sim::wrote(s, s.getDosimeterMode(id, mode), mode); }, id, mode);
 }
 
 std::int32_t MB_STDCALL MBSetDosimeterMode(std::int32_t id, DosimeterMode* mode) {
@@ -42,8 +44,8 @@ std::int32_t MB_STDCALL MBSetDosimeterMode(std::int32_t id, DosimeterMode* mode)
 
 std::int32_t MB_STDCALL MBGetDosimeterUnit(std::int32_t id, DosimeterUnit* unit) {
   return call(
-      "MBGetDosimeterUnit", std::int32_t{0}, [&](Simulator& s) { return s.getDosimeterUnit(id, unit); }, id,
-      unit);
+      "MBGetDosimeterUnit", std::int32_t{0},
+      [&](Simulator& s) { return sim::wrote(s, s.getDosimeterUnit(id, unit), unit); }, id, unit);
 }
 
 std::int32_t MB_STDCALL MBSetDosimeterUnit(std::int32_t id, DosimeterUnit* unit) {
@@ -55,7 +57,7 @@ std::int32_t MB_STDCALL MBSetDosimeterUnit(std::int32_t id, DosimeterUnit* unit)
 std::int32_t MB_STDCALL MBGetTempPressureOffset(std::int32_t id, TempPressureOffset* offset) {
   return call(
       "MBGetTempPressureOffset", std::int32_t{0},
-      [&](Simulator& s) { return s.getTempPressureOffset(id, offset); }, id, offset);
+      [&](Simulator& s) { return sim::wrote(s, s.getTempPressureOffset(id, offset), offset); }, id, offset);
 }
 
 std::int32_t MB_STDCALL MBSetTempPressureOffset(std::int32_t id, TempPressureOffset* offset) {
@@ -77,7 +79,8 @@ std::int16_t MB_STDCALL MBGetChamberFileInfo(std::int32_t id) {
 std::int32_t MB_STDCALL MBGetIonChamberCalFactor(std::int32_t id, IonChamberSelection* selection) {
   return call(
       "MBGetIonChamberCalFactor", std::int32_t{0},
-      [&](Simulator& s) { return s.getIonChamberCalFactor(id, selection); }, id, selection);
+      [&](Simulator& s) { return sim::wrote(s, s.getIonChamberCalFactor(id, selection), selection); }, id,
+      selection);
 }
 
 std::int32_t MB_STDCALL MBSetIonChamberCalFactor(std::int32_t id, std::int16_t chamber,

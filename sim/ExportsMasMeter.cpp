@@ -12,8 +12,8 @@ extern "C" {
 
 std::int32_t MB_STDCALL MBGetmAsMeasuredData(MasMeasuredData* data, std::int32_t id, std::int32_t reserved) {
   return call(
-      "MBGetmAsMeasuredData", std::int32_t{0}, [&](Simulator& s) { return s.getMasMeasuredData(data, id); },
-      data, id, reserved);
+      "MBGetmAsMeasuredData", std::int32_t{0},
+      [&](Simulator& s) { return sim::wrote(s, s.getMasMeasuredData(data, id), data); }, data, id, reserved);
 }
 
 std::int32_t MB_STDCALL MBSetmAsInput(std::int32_t id, std::int32_t inputType) {

@@ -41,20 +41,29 @@ std::int32_t MB_STDCALL MBGetScanCompleteStatus() {
 std::uint8_t MB_STDCALL MBGetNumberOfDetectors(std::int32_t typeCode) {
   return call(
       "MBGetNumberOfDetectors", std::uint8_t{0},
-      [&](Simulator& s) { return s.getNumberOfDetectors(typeCode); }, typeCode);
+      [&](Simulator& s) { return sim::Final<std::uint8_t>{s.announceNumberOfDetectors(typeCode)}; },
+      typeCode);
 }
 
 std::int32_t MB_STDCALL MBGetDetectorInfoOfType(std::int32_t typeCode, DetectorInfo* first) {
   return call(
       "MBGetDetectorInfoOfType", std::int32_t{0},
-      [&](Simulator& s) { return s.getDetectorInfoOfType(typeCode, first); }, typeCode, first);
+      [&](Simulator& s) {
+        const std::int32_t written = s.getDetectorInfoOfType(typeCode, first);
+        return sim::wrote(s, written, first, written);
+      },
+      typeCode, first);
 }
 
 std::int16_t MB_STDCALL MBConnectToDetectors(std::int32_t* identifiers, std::uint8_t* typeCodes,
                                              std::uint8_t count) {
   return call(
       "MBConnectToDetectors", std::int16_t{0},
-      [&](Simulator& s) { return s.connectToDetectors(identifiers, typeCodes, count); },
+      [&](Simulator& s) {
+        const std::int16_t connected = s.connectToDetectors(identifiers, typeCodes, count);
+        s.chaos().scramble(typeCodes, count);
+        return sim::wrote(s, connected, identifiers, count);
+      },
       IntList{identifiers, count}, ByteList{typeCodes, count}, count);
 }
 
@@ -73,8 +82,8 @@ std::int16_t MB_STDCALL MBGetZigBeeStatus() {
 
 std::int32_t MB_STDCALL MBGetDetectorInfo(std::int32_t id, DetectorInfo* info) {
   return call(
-      "MBGetDetectorInfo", std::int32_t{0}, [&](Simulator& s) { return s.getDetectorInfo(id, info); }, id,
-      info);
+      "MBGetDetectorInfo", std::int32_t{0},
+      [&](Simulator& s) { return sim::wrote(s, s.getDetectorInfo(id, info), info); }, id, info);
 }
 
 std::int32_t MB_STDCALL MBGetDetectorInfoOfAll(DetectorInfo* first, std::int32_t* count) {

@@ -40,7 +40,7 @@ std::int32_t MB_STDCALL MBStartWFDownload(std::int32_t id, std::uint8_t start) {
 std::int32_t MB_STDCALL MBGetmAsNumberOfDataPoints(std::int32_t id, std::int32_t* span) {
   return call(
       "MBGetmAsNumberOfDataPoints", std::int32_t{0},
-      [&](Simulator& s) { return s.getMasNumberOfDataPoints(id, span); }, id, span);
+      [&](Simulator& s) { return sim::wrote(s, s.getMasNumberOfDataPoints(id, span), span); }, id, span);
 }
 
 std::int32_t MB_STDCALL MBGetmAsWaveFormDataPoints(std::int32_t id, std::int32_t firstPoint,
@@ -48,8 +48,10 @@ std::int32_t MB_STDCALL MBGetmAsWaveFormDataPoints(std::int32_t id, std::int32_t
                                                    std::int32_t* first) {
   return call(
       "MBGetmAsWaveFormDataPoints", std::int32_t{0},
-      [&](Simulator& s) { return s.getMasWaveformDataPoints(id, firstPoint, step, count, first); }, id,
-      firstPoint, step, count, first);
+      [&](Simulator& s) {
+        return sim::wrote(s, s.getMasWaveformDataPoints(id, firstPoint, step, count, first), first, count);
+      },
+      id, firstPoint, step, count, first);
 }
 
 std::int32_t MB_STDCALL MBSetmAsWaveformParameters(std::int32_t id, WaveformParameters* parameters,

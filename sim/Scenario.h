@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Chaos.h"
 #include "device/EnumsStructs.h"
 
 namespace rx9400::sim {
@@ -190,6 +191,7 @@ struct Scenario {
   std::int16_t usbStatus = 1;
   std::int16_t zigBeeStatus = 1;
   std::int16_t zigBeeRssi = -55;
+  ChaosConfig chaos;  ///< off unless the scenario asks for it
   std::vector<DetectorPlan> detectors;
 };
 

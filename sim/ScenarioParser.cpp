@@ -352,6 +352,17 @@ Scenario parseScenario(std::string_view text) {
     scenario.connectFails = f.flag("connectFails", false);
     f.finish();
   }
+  if (const Json* chaos = fields.find("chaos")) {
+    Fields f(*chaos, "chaos");
+    scenario.chaos.enabled = true;
+    scenario.chaos.seed =
+        static_cast<std::uint64_t>(f.integer("seed", 1, 0, std::numeric_limits<std::int64_t>::max()));
+    scenario.chaos.rate = f.number("rate", scenario.chaos.rate);
+    if (!(scenario.chaos.rate >= 0 && scenario.chaos.rate <= 1)) fail(f.pathOf("rate"), "expected 0 to 1");
+    scenario.chaos.delayMicroseconds = f.int32("delayMicroseconds", 0, 0, 1000000);
+    scenario.chaos.vanishCalls = f.int32("vanishCalls", scenario.chaos.vanishCalls, 1, 1000000);
+    f.finish();
+  }
   const Json& detectors = fields.require("detectors");
   if (!detectors.is_array()) fail("detectors", "expected an array");
   std::set<std::int32_t> identifiers;

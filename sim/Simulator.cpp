@@ -11,7 +11,19 @@
 
 namespace rx9400::sim {
 
-Simulator::Simulator(Scenario scenario, CallLog& log) : scenario_(std::move(scenario)), log_(log) {
+namespace {
+
+ChaosConfig chaosOf(const Scenario& scenario, CallLog& log) {
+  std::string problem;
+  ChaosConfig config = withEnvironmentChaos(scenario.chaos, problem);
+  if (!problem.empty()) log.note(problem);
+  return config;
+}
+
+}  // namespace
+
+Simulator::Simulator(Scenario scenario, CallLog& log)
+    : scenario_(std::move(scenario)), log_(log), chaos_(chaosOf(scenario_, log)) {
   restart();
 }
 
@@ -35,6 +47,8 @@ void Simulator::restart() {
     detectors_.push_back(std::move(d));
   }
   found_.assign(detectors_.size(), false);
+  announced_.clear();
+  chaos_.restart();
   registered_ = false;
   scanState_ = 0;
   scanPolls_ = 0;
@@ -58,6 +72,7 @@ const Detector* Simulator::find(std::int32_t id) const {
 }
 
 Detector* Simulator::address(std::int32_t id) {
+  if (chaos_.vanished(id)) return nullptr;
   Detector* d = find(id);
   if (d != nullptr && d->connection == kConnected) {
     ++d->calls;

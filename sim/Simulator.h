@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "CallLog.h"
+#include "Chaos.h"
 #include "Scenario.h"
 #include "SharedSection.h"
 #include "SimControl.h"
@@ -109,12 +110,17 @@ class Simulator {
   void setRegistered(bool registered) { registered_ = registered; }
   /// Whether MBPauseUpdateThread holds the update thread.
   bool updatesPaused() const { return pauseDepth_ > 0; }
+  /// Chaos mode (Chaos.h): off unless the scenario or TAMSA_SIM_CHAOS switches it on.
+  Chaos& chaos() { return chaos_; }
 
   // Session, scanning and connection
   std::int32_t closeApplication();
   std::int32_t scanForDetectors();
   std::int32_t getScanCompleteStatus();
   std::uint8_t getNumberOfDetectors(std::int32_t typeCode) const;
+  /// MBGetNumberOfDetectors as answered, chaos included: in chaos mode MBGetDetectorInfoOfType writes
+  /// no more records than the last answer for the type promised.
+  std::uint8_t announceNumberOfDetectors(std::int32_t typeCode);
   std::int32_t getDetectorInfoOfType(std::int32_t typeCode, DetectorInfo* first) const;
   std::int16_t connectToDetectors(const std::int32_t* identifiers, const std::uint8_t* typeCodes,
                                   std::uint8_t count);
@@ -249,6 +255,8 @@ class Simulator {
 
   Scenario scenario_;
   CallLog& log_;
+  Chaos chaos_;
+  std::map<std::int32_t, std::uint8_t> announced_;  // per type code: the last MBGetNumberOfDetectors
   std::vector<Detector> detectors_;
   std::map<std::int32_t, std::unique_ptr<SharedSection>> sections_;
   bool registered_ = false;

@@ -163,7 +163,13 @@ std::int16_t Simulator::getChamberFileInfo(std::int32_t id) {
   } else {
     std::vector<std::uint8_t> bytes(text.begin(), text.end());
     bytes.push_back(0);
-    if (!publish(id, bytes)) return 0;
+    chaos_.scramble(bytes.data(), static_cast<std::int64_t>(bytes.size()));
+    bytes.resize(chaos_.sectionSize(bytes.size(), 1));
+    if (bytes.empty()) {
+      dropSection(id);
+    } else if (!publish(id, bytes)) {
+      return 0;
+    }
   }
   return static_cast<std::int16_t>(text.size());
 }

@@ -3,6 +3,7 @@
 #include "Simulator.h"
 
 #include <algorithm>
+#include <limits>
 #include <set>
 #include <string>
 
@@ -48,9 +49,20 @@ std::uint8_t Simulator::getNumberOfDetectors(std::int32_t typeCode) const {
   return static_cast<std::uint8_t>(std::min(count, 255));
 }
 
+std::uint8_t Simulator::announceNumberOfDetectors(std::int32_t typeCode) {
+  const std::uint8_t count = chaos_.answer(getNumberOfDetectors(typeCode));
+  announced_[typeCode] = count;
+  return count;
+}
+
 std::int32_t Simulator::getDetectorInfoOfType(std::int32_t typeCode, DetectorInfo* first) const {
+  // In chaos mode the caller's array holds what the last count promised, which may be fewer.
+  const auto announced = announced_.find(typeCode);
+  const std::int32_t room = !chaos_.enabled()               ? std::numeric_limits<std::int32_t>::max()
+                            : announced == announced_.end() ? 0
+                                                            : announced->second;
   std::int32_t count = 0;
-  for (std::size_t i = 0; i < detectors_.size(); ++i) {
+  for (std::size_t i = 0; i < detectors_.size() && count < room; ++i) {
     if (!found_[i] || detectors_[i].info.typeCode != typeCode) continue;
     if (first != nullptr) first[count] = detectors_[i].info;
     ++count;

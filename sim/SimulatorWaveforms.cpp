@@ -70,10 +70,11 @@ bool Simulator::publishSamples(std::int32_t id, const std::vector<std::int32_t>&
   if (shortBy > 0) {
     bytes =
         static_cast<std::size_t>(std::max<std::int64_t>(points - shortBy, 0)) * 4 / kPageBytes * kPageBytes;
-    if (bytes == 0) {  // not even a page left: no section at all
-      dropSection(id);
-      return true;
-    }
+  }
+  bytes = chaos_.sectionSize(bytes, 4);
+  if (bytes == 0) {  // not even a page left (or chaos left nothing): no section at all
+    dropSection(id);
+    return true;
   }
   return publish(id, bytes, [&](std::uint8_t* view) {
     writeSamples(recording, parameters.startPoint, static_cast<std::int64_t>(bytes / 4), step, view);

@@ -159,6 +159,10 @@ std::int32_t MBdllFunctions::MBGetNumberOfInvalidTargetFilters(std::int32_t id) 
 
 namespace {
 
+/// The most target/filter names one call asks for: the executive counts them in a byte. A larger count
+/// from the library is not taken as room to allocate.
+constexpr std::int32_t kMaxTargetFilterNames = 255;
+
 /// Keeps the names the library says it wrote, never more than it was given room for.
 std::vector<TargetFilterName> keepWritten(std::vector<TargetFilterName> names, std::int32_t capacity,
                                           std::int32_t written) {
@@ -170,6 +174,7 @@ std::vector<TargetFilterName> keepWritten(std::vector<TargetFilterName> names, s
 
 std::vector<TargetFilterName> MBdllFunctions::MBGetAllInvalidTargetFilters(std::int32_t id,
                                                                            std::int32_t capacity) {
+  capacity = std::min(capacity, kMaxTargetFilterNames);
   std::vector<TargetFilterName> names(bufferLength(capacity), TargetFilterName{});
   std::int32_t count = std::max(capacity, 0);
   MB_CALL(MBGetAllInvalidTargetFilters, id, names.data(), &count);
@@ -182,6 +187,7 @@ std::int32_t MBdllFunctions::MBGetNumberOfValidTargetFilters(std::int32_t id) {
 
 std::vector<TargetFilterName> MBdllFunctions::MBGetValidTargetFilters(std::int32_t id,
                                                                       std::int32_t capacity) {
+  capacity = std::min(capacity, kMaxTargetFilterNames);
   std::vector<TargetFilterName> names(bufferLength(capacity), TargetFilterName{});
   std::int32_t count = std::max(capacity, 0);
   MB_CALL(MBGetValidTargetFilters, id, names.data(), &count);

@@ -91,7 +91,7 @@ class MBdllFunctions {
   /// The battery record (the library is asked with its flags argument -1).
   BatteryStatus MBGetBatteryStatus(std::int32_t id);
   std::int32_t MBGetNumberOfInvalidTargetFilters(std::int32_t id);
-  /// Up to `capacity` names; as many as the library says it wrote.
+  /// Up to `capacity` names (at most 255); as many as the library says it wrote.
   std::vector<TargetFilterName> MBGetAllInvalidTargetFilters(std::int32_t id, std::int32_t capacity);
   /// The count of valid target/filter combinations (the library is asked with -1).
   std::int32_t MBGetNumberOfValidTargetFilters(std::int32_t id);

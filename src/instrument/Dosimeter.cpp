@@ -9,6 +9,7 @@
 // to the executive as arrays of Variants, which a script can index.
 #include <cstring>
 #include <exception>
+#include <stdexcept>
 
 #include "core/NumberText.h"
 #include "core/Placement.h"
@@ -31,15 +32,27 @@ bool isMasKind(std::int32_t kind) {
   return kind == 2 || kind == 4 || kind == 5;
 }
 
+/// A Single as a Long, cut towards zero; a value no Long holds (or not a number) is a run-time failure
+/// of the member.
+std::int32_t truncatedLong(float value) {
+  const double wide = value;
+  if (!(wide > -2147483649.0 && wide < 2147483648.0))
+    throw std::overflow_error("a Single out of the Long range");
+  return static_cast<std::int32_t>(wide);
+}
+
 }  // namespace
 
 void Instrument::SetMasInputtype(bool bVal) {
   masInputType_ = bVal ? 1 : 2;
   const SharedState& state = context_.state;
-  for (std::size_t slot = 0; slot < state.slotCount(); ++slot) {
-    if (!isMasKind(state.kindAt(slot)) || state.identifierAt(slot) <= 0) continue;
-    // False always names the first slot's detector, whichever slot is visited.
-    context_.library.MBSetmAsInput(bVal ? state.identifierAt(slot) : state.identifierAt(0), bVal ? 1 : 2);
+  try {
+    for (std::size_t slot = 0; slot < state.slotCount(); ++slot) {
+      if (!isMasKind(state.kindAt(slot)) || state.identifierAt(slot) <= 0) continue;
+      // False always names the first slot's detector, whichever slot is visited.
+      context_.library.MBSetmAsInput(bVal ? state.identifierAt(slot) : state.identifierAt(0), bVal ? 1 : 2);
+    }
+  } catch (...) {
   }
 }
 
@@ -97,6 +110,14 @@ std::string Instrument::GetCalConst() {
 }
 
 std::uint8_t Instrument::GetIonChamberInfo() {
+  try {
+    return readIonChamberInfo();
+  } catch (...) {
+    return 0;
+  }
+}
+
+std::uint8_t Instrument::readIonChamberInfo() {
   const std::int32_t id = firstDosimeter(context_.state);
   if (id < 1) return 0;
   MBdllFunctions& library = context_.library;
@@ -141,14 +162,18 @@ std::uint8_t Instrument::GetIonChamberInfo() {
 }
 
 AutomationValue Instrument::GetIonChambers() {
-  const std::int32_t id = firstDosimeter(context_.state);
-  if (id < 1) return {};
-  const std::int32_t count = context_.library.MBGetNoOfIonChambers(id);
-  IonChamberTable& table = context_.state.ionChambers;
-  if (count != static_cast<std::int32_t>(table.size())) GetIonChamberInfo();
-  std::vector<std::string> names;
-  for (std::size_t i = 0; i < table.size(); ++i) names.push_back(nameOf(table.records[i]));
-  return ScriptList{names};
+  try {
+    const std::int32_t id = firstDosimeter(context_.state);
+    if (id < 1) return {};
+    const std::int32_t count = context_.library.MBGetNoOfIonChambers(id);
+    IonChamberTable& table = context_.state.ionChambers;
+    if (count != static_cast<std::int32_t>(table.size())) readIonChamberInfo();
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < table.size(); ++i) names.push_back(nameOf(table.records[i]));
+    return ScriptList{names};
+  } catch (...) {
+    return {};
+  }
 }
 
 void Instrument::sendDosimeterSettings() {
@@ -162,37 +187,56 @@ void Instrument::sendDosimeterSettings() {
 }
 
 AutomationValue Instrument::CongiureDoseDetector() {
-  const std::int32_t id = firstDosimeter(context_.state);
-  if (id < 1) return {};
-  sendDosimeterSettings();
-  GetIonChamberInfo();
-  IonChamberTable& table = context_.state.ionChambers;
-  if (table.count == 0 || table.selectedChamber == 0) {
-    Catalogue& catalogue = context_.catalogue;
-    context_.services.messageBoxes.show(catalogue.text(catalogue::kNoIonChambersConfigured) + "\n" +
-                                            catalogue.text(catalogue::kAddIonChamberDetails),
-                                        catalogue.text(catalogue::kICNotification), kBoxOk | kBoxInformation);
-    table.readOnly = false;
-    DisplayIonChamber();
+  try {
+    const std::int32_t id = firstDosimeter(context_.state);
+    if (id < 1) return {};
+    sendDosimeterSettings();
+    readIonChamberInfo();
+    IonChamberTable& table = context_.state.ionChambers;
+    if (table.count == 0 || table.selectedChamber == 0) {
+      Catalogue& catalogue = context_.catalogue;
+      context_.services.messageBoxes.show(catalogue.text(catalogue::kNoIonChambersConfigured) + "\n" +
+                                              catalogue.text(catalogue::kAddIonChamberDetails),
+                                          catalogue.text(catalogue::kICNotification),
+                                          kBoxOk | kBoxInformation);
+      table.readOnly = false;
+      DisplayIonChamber();
+    }
+    std::vector<std::string> chosen{table.selectedChamberName, {}};
+    skipOnFailure([&] { chosen[1] = GetCalFactor(); });
+    return ScriptList{chosen};
+  } catch (...) {
+    return {};
   }
-  std::vector<std::string> chosen{table.selectedChamberName, {}};
-  skipOnFailure([&] { chosen[1] = GetCalFactor(); });
-  return ScriptList{chosen};
 }
 
 void Instrument::ShowDosimeterIonChamber() {
-  sendDosimeterSettings();
+  try {
+    sendDosimeterSettings();
+  } catch (...) {
+  }
 }
 
 AutomationValue Instrument::DisplayIonChamber() {
-  auto view = context_.services.dialogs.newIonChamberSetupView();
-  if (!view) return {};
-  IonChamberSetupDialog dialog(context_, *view);
-  dialog.show(topmostRequired(context_.services.registry));
+  try {
+    auto view = context_.services.dialogs.newIonChamberSetupView();
+    if (!view) return {};
+    IonChamberSetupDialog dialog(context_, *view);
+    dialog.show(topmostRequired(context_.services.registry));
+  } catch (...) {
+  }
   return {};
 }
 
 bool Instrument::SendCompareData(CompareData& values) {
+  try {
+    return compareDosimeterSettings(values);
+  } catch (...) {
+    return false;
+  }
+}
+
+bool Instrument::compareDosimeterSettings(CompareData& values) {
   const std::int32_t id = firstDosimeter(context_.state);
   if (id < 1) return false;
   MBdllFunctions& library = context_.library;
@@ -245,12 +289,11 @@ bool Instrument::SendCompareData(CompareData& values) {
     }
   }
   // The dosimeter's own values go back to the executive.
-  values = CompareData{
-      adcf.mode,           adcf.useSetTemperature, adcf.useSetPressure,
-      adcf.setTemperature, adcf.setPressure,       static_cast<std::int32_t>(adcf.referenceTemperature),
-      mode.mode,           mode.autoReset,         unit.doseUnit,
-      unit.doseRateUnit,   unit.frameRate,         unit.temperatureUnit,
-      unit.pressureUnit,   offset.pressureOffset,  offset.temperatureOffset};
+  values = CompareData{adcf.mode,           adcf.useSetTemperature, adcf.useSetPressure,
+                       adcf.setTemperature, adcf.setPressure,       truncatedLong(adcf.referenceTemperature),
+                       mode.mode,           mode.autoReset,         unit.doseUnit,
+                       unit.doseRateUnit,   unit.frameRate,         unit.temperatureUnit,
+                       unit.pressureUnit,   offset.pressureOffset,  offset.temperatureOffset};
   customAdcf_ = adcf;
   customUnit_ = unit;
   return differ;

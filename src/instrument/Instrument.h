@@ -149,6 +149,9 @@ class Instrument {
   void forAioSlots(Action action);
   void repairDosimeterRecords(std::int32_t id);
   void sendDosimeterSettings();
+  // The bodies of GetIonChamberInfo and SendCompareData, whose failures reach the calling member's trap.
+  std::uint8_t readIonChamberInfo();
+  bool compareDosimeterSettings(CompareData& values);
 
   // Polling, one slot at a time; each answers false when the pass must end.
   bool pollConnectionAndBattery(std::size_t slot, std::int32_t id, const DetectorStatus& status);

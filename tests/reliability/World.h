@@ -1,0 +1,47 @@
+// One executive's plug-in over a device library, with every platform service faked: the query session
+// and the instrument the member list runs on.
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "Members.h"
+#include "fakes/Instrument.h"
+#include "fakes/TestPlatform.h"
+
+namespace rx9400::reliability {
+
+/// Two detectors whose exposures repeat: an all-in-one detector with mAs meter (4711, type 4) with an
+/// invalid target/filter combination, and a dosimeter (4712, type 3) with two ion chambers. `extra` holds
+/// further top-level fields, each followed by a comma.
+inline std::string rigScenario(const std::string& extra = {}) {
+  return "{" + extra + R"(
+    "scan": {"pollsUntilComplete": 1},
+    "detectors": [
+      {"identifier": 4711, "typeCode": 4, "serialNumber": 94001207, "repeatExposures": true,
+       "targetFilters": {"valid": ["W/Al", "W/Cu", "Mo/Mo"], "invalid": ["Rh/Rh"]}, "exposures": [{}],
+       "mas": {"repeatExposures": true, "exposures": [{"span": 100}]}},
+      {"identifier": 4712, "typeCode": 3, "serialNumber": 94001208, "repeatExposures": true, "exposures": [{}],
+       "dosimeter": {"chambers": [{"name": "IC-A 6cc", "calFactors": [{"name": "RQR5", "constant": 1.2345e9}]},
+                                  {"name": "IC-B 180cc", "calFactors": [{"name": "RQR8", "constant": 2.5e8}]}]}}]})";
+}
+
+/// A connect dialog script: every row the dialog lists ticked, then Connect.
+inline void connectEveryRow(ConnectDialog& dialog, testing::ScriptedConnectView& view) {
+  view.ticks.assign(view.rows.size(), true);
+  dialog.connectClicked();
+}
+
+struct World {
+  explicit World(MBdllFunctions library)
+      : context(std::move(library), platform.services()), session(context), instrument(context, events) {}
+  Subjects subjects() { return {session, instrument}; }
+
+  testing::TestPlatform platform;
+  testing::RecordingEvents events;
+  PluginContext context;
+  QuerySession session;
+  Instrument instrument;
+};
+
+}  // namespace rx9400::reliability
