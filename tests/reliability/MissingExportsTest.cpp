@@ -21,7 +21,7 @@ namespace {
 using testing::Simulator;
 
 constexpr const char* kExports[] = {
-#define MB_FUNCTION(Result, Name, Parameters) #Name,
+#define MB_FUNCTION(Result, Name, Parameters, Arguments) #Name,
 #include "device/MBFunctionList.h"
 };
 
