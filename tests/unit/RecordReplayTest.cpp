@@ -132,11 +132,13 @@ class RecordReplay : public ::testing::Test {
 
   static std::int32_t aio() { return 6000000 + static_cast<std::int32_t>(getpid() % 900000) * 2; }
 
-  /// A fresh copy of the recorder: one loaded with this test's environment.
+  /// A fresh copy of the recorder: one loaded with this test's environment. Each copy has a folder of
+  /// its own: a library still mapped must never be overwritten.
   std::string recorder(const std::string& name = "libTamsaMBDll.so") {
-    fs::create_directories(folder_ / "recorder");
-    fs::copy_file(RX9400_RECORDER_PATH, folder_ / "recorder" / name, fs::copy_options::overwrite_existing);
-    return (folder_ / "recorder" / name).string();
+    const fs::path folder = folder_ / ("recorder-" + std::to_string(++copies_));
+    fs::create_directories(folder);
+    fs::copy_file(RX9400_RECORDER_PATH, folder / name);
+    return (folder / name).string();
   }
   /// Runs the procedure through the recorder (the simulator behind it) into `session`.
   Outcome record(const std::string& session) {
@@ -173,6 +175,7 @@ class RecordReplay : public ::testing::Test {
   }
 
   fs::path folder_;
+  int copies_ = 0;
   std::unique_ptr<DynamicLibrary> control_;
 };
 
