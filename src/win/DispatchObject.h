@@ -79,6 +79,7 @@ class DispatchObject : public Interface, public ISupportErrorInfo, public IProvi
   STDMETHODIMP Invoke(DISPID id, REFIID iid, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                       EXCEPINFO* exception, UINT* argumentError) override {
     if (!IsEqualIID(iid, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
+    if (!wellFormed(parameters)) return E_INVALIDARG;
     const HRESULT hr = loadTypeInfo();
     if (FAILED(hr)) return hr;
     ByRefArguments arguments(typeInfo_, id, flags, parameters);
@@ -108,6 +109,13 @@ class DispatchObject : public Interface, public ISupportErrorInfo, public IProvi
   virtual void* queryExtraInterface(REFIID) { return nullptr; }
 
  private:
+  /// Arguments counted are there, and named ones are among them.
+  static bool wellFormed(const DISPPARAMS* parameters) {
+    return parameters != nullptr && (parameters->cArgs == 0 || parameters->rgvarg != nullptr) &&
+           parameters->cNamedArgs <= parameters->cArgs &&
+           (parameters->cNamedArgs == 0 || parameters->rgdispidNamedArgs != nullptr);
+  }
+
   HRESULT loadTypeInfo() {
     if (typeInfo_ != nullptr) return S_OK;
     return typeInfoOf(interfaceIid_, &typeInfo_);
