@@ -22,6 +22,7 @@ std::vector<Check> exposureChecks();
 std::vector<Check> waveformChecks();
 std::vector<Check> msgFormChecks();
 std::vector<Check> ionChamberChecks();
+std::vector<Check> reliabilityChecks();
 
 inline constexpr wchar_t kQueryProgId[] = L"TamsaRX9400VTI.CRX9400Query";
 inline constexpr wchar_t kInstrumentProgId[] = L"TamsaRX9400VTI.CRX9400VTI";
