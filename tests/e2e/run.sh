@@ -186,8 +186,10 @@ LC_ALL=C.UTF-8 host "" "--artifacts=$(windows_path "$session")" exposures target
 # decimal separator and puts it back; a host that ended early would leave it set, so it is put back here.
 LC_ALL=C.UTF-8 host "" "--artifacts=$(windows_path "$session")" waveforms waveform-boxes waveform-handles
 run_wine 30 reg add 'HKCU\Control Panel\International' /v sDecimal /d . /f >/dev/null 2>&1
-# A shift of polling, supervision, settings and downloads.
-host "" "--artifacts=$(windows_path "$session")" shift
+# A shift of polling, supervision, settings and downloads, then the executive letting go in the middle
+# of things and unloading the plug-in last.
+host "" "--artifacts=$(windows_path "$session")" shift shutdown-notice shutdown-in-event shutdown-in-download \
+  shutdown-unload
 check "regsvr32 registers the test language component" run_wine 30 regsvr32 /s "$language"
 sessions "--artifacts=$(windows_path "$session/pseudo-language")" --pseudo-language
 check "regsvr32 /u unregisters the test language component" run_wine 30 regsvr32 /s /u "$language"
