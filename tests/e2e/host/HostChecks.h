@@ -23,6 +23,7 @@ std::vector<Check> waveformChecks();
 std::vector<Check> msgFormChecks();
 std::vector<Check> ionChamberChecks();
 std::vector<Check> reliabilityChecks();
+std::vector<Check> badArgumentChecks();
 std::vector<Check> shutdownChecks();
 
 inline constexpr wchar_t kQueryProgId[] = L"TamsaRX9400VTI.CRX9400Query";
