@@ -104,6 +104,8 @@ bool pumpUntil(DWORD timeoutMs, Done done) {
   }
   return true;
 }
+/// This process's top-level windows (hidden ones too) and message-only windows.
+std::vector<HWND> processWindows();
 /// The handles this process holds, as the system's handle list counts them (Wine 8's
 /// GetProcessHandleCount answers 0); empty when the list cannot be read.
 std::optional<std::size_t> openHandles();

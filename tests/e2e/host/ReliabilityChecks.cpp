@@ -116,19 +116,14 @@ DWORD gdiObjects() {
 DWORD userObjects() {
   if (const DWORD count = GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS); count != 0) return count;
   DWORD windows = 0;
-  const auto count = [](HWND window, LPARAM found) {
-    DWORD process = 0;
-    GetWindowThreadProcessId(window, &process);
-    if (process == GetCurrentProcessId()) {
-      ++*reinterpret_cast<DWORD*>(found);
-      EnumChildWindows(
-          window, [](HWND, LPARAM children) { return ++*reinterpret_cast<DWORD*>(children), TRUE; }, found);
-    }
-    return TRUE;
-  };
-  EnumWindows(count, reinterpret_cast<LPARAM>(&windows));
-  for (HWND window = nullptr; (window = FindWindowExW(HWND_MESSAGE, window, nullptr, nullptr)) != nullptr;)
-    count(window, reinterpret_cast<LPARAM>(&windows));
+  std::vector<HWND> pending = processWindows();
+  while (!pending.empty()) {
+    HWND window = pending.back();
+    pending.pop_back();
+    ++windows;
+    for (HWND child = GetWindow(window, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT))
+      pending.push_back(child);
+  }
   return windows;
 }
 

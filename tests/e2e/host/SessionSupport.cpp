@@ -27,7 +27,22 @@ std::string wholeText(HMODULE simulator, const char* name) {
   return text;
 }
 
+BOOL CALLBACK collectOwnWindow(HWND window, LPARAM found) {
+  DWORD process = 0;
+  GetWindowThreadProcessId(window, &process);
+  if (process == GetCurrentProcessId()) reinterpret_cast<std::vector<HWND>*>(found)->push_back(window);
+  return TRUE;
+}
+
 }  // namespace
+
+std::vector<HWND> processWindows() {
+  std::vector<HWND> windows;
+  EnumWindows(collectOwnWindow, reinterpret_cast<LPARAM>(&windows));
+  for (HWND window = nullptr; (window = FindWindowExW(HWND_MESSAGE, window, nullptr, nullptr)) != nullptr;)
+    collectOwnWindow(window, reinterpret_cast<LPARAM>(&windows));
+  return windows;
+}
 
 void dismiss(HWND window) {
   for (const int id : {IDCANCEL, IDC_CONNECT_CANCEL, IDC_SCAN_STOP, IDOK}) {

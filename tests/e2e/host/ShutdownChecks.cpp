@@ -46,22 +46,8 @@ Image pluginImage() {
 /// The windows of this process, top-level (hidden ones too) and message-only, whose class or procedure
 /// belongs to the plug-in's image: "class "caption"" each.
 std::vector<std::string> windowsOf(const Image& plugin) {
-  std::vector<HWND> windows;
-  EnumWindows(
-      [](HWND window, LPARAM found) {
-        DWORD process = 0;
-        GetWindowThreadProcessId(window, &process);
-        if (process == GetCurrentProcessId()) reinterpret_cast<std::vector<HWND>*>(found)->push_back(window);
-        return TRUE;
-      },
-      reinterpret_cast<LPARAM>(&windows));
-  for (HWND window = nullptr; (window = FindWindowExW(HWND_MESSAGE, window, nullptr, nullptr)) != nullptr;) {
-    DWORD process = 0;
-    GetWindowThreadProcessId(window, &process);
-    if (process == GetCurrentProcessId()) windows.push_back(window);
-  }
   std::vector<std::string> ours;
-  for (HWND window : windows) {
+  for (HWND window : processWindows()) {
     const bool dialog = windowClass(window) == kDialogClass;
     if (plugin.holds(static_cast<LONG_PTR>(GetClassLongPtrW(window, GCLP_HMODULE))) ||
         plugin.holds(GetWindowLongPtrW(window, GWLP_WNDPROC)) ||
