@@ -1,5 +1,6 @@
 // The three creatable classes: thin COM shells over the portable query session and instrument.
-// Every member runs its body inside one error trap (trapped/trappedResult).
+// Every member runs its body inside one error trap, holding its object (DispatchObject's
+// trapped/trappedResult).
 #include "win/ComClasses.h"
 
 #include <new>
@@ -48,12 +49,6 @@ PluginContext& pluginContext() {
   return context;
 }
 
-/// A BSTR result from a portable text.
-template <typename Body>
-HRESULT textResult(const char* member, BSTR* result, Body&& body) noexcept {
-  return trappedResult<BSTR>(member, result, nullptr, [&] { *result = toBstr(body()); });
-}
-
 /// A Variant result from a portable value: empty, a Long, a String or an array of Variants holding
 /// Strings.
 HRESULT toVariant(const AutomationValue& value, VARIANT* result) {
@@ -80,13 +75,6 @@ HRESULT toVariant(const AutomationValue& value, VARIANT* result) {
     V_ARRAY(result) = array;
   }
   return S_OK;
-}
-
-template <typename Body>
-HRESULT variantResult(const char* member, VARIANT* result, Body&& body) noexcept {
-  if (result == nullptr) return E_POINTER;
-  VariantInit(result);
-  return trapped(member, [&] { toVariant(body(), result); });
 }
 
 class QueryObject final : public DispatchObject<_CRX9400Query> {
@@ -376,6 +364,18 @@ class InstrumentObject final : public DispatchObject<_CRX9400VTI>, public IConne
   }
 
  private:
+  /// A BSTR result from a portable text.
+  template <typename Body>
+  HRESULT textResult(const char* member, BSTR* result, Body&& body) noexcept {
+    return trappedResult<BSTR>(member, result, nullptr, [&] { *result = toBstr(body()); });
+  }
+  template <typename Body>
+  HRESULT variantResult(const char* member, VARIANT* result, Body&& body) noexcept {
+    if (result == nullptr) return E_POINTER;
+    VariantInit(result);
+    return trapped(member, [&] { toVariant(body(), result); });
+  }
+
   ConnectionPoint connectionPoint_;
   EventSource events_;
   Instrument instrument_;

@@ -3,13 +3,16 @@
 //
 // `Interface` is the class's default dual interface. A class that raises events names their
 // dispinterface in `eventsIid` and answers IConnectionPointContainer itself through
-// queryExtraInterface().
+// queryExtraInterface(). Its members run their bodies through trapped()/trappedResult() below, which
+// hold the object for the call.
 #pragma once
 
 #include <windows.h>
 
 #include <ocidl.h>
 #include <oleauto.h>
+
+#include <utility>
 
 #include "win/ByRefArguments.h"
 #include "win/ComSupport.h"
@@ -79,6 +82,7 @@ class DispatchObject : public Interface, public ISupportErrorInfo, public IProvi
   STDMETHODIMP Invoke(DISPID id, REFIID iid, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                       EXCEPINFO* exception, UINT* argumentError) override {
     if (!IsEqualIID(iid, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
+    if (!wellFormed(parameters)) return E_INVALIDARG;
     const HRESULT hr = loadTypeInfo();
     if (FAILED(hr)) return hr;
     ByRefArguments arguments(typeInfo_, id, flags, parameters);
@@ -107,7 +111,31 @@ class DispatchObject : public Interface, public ISupportErrorInfo, public IProvi
   /// Interfaces beyond the standard ones (not AddRef'ed here); nullptr for none.
   virtual void* queryExtraInterface(REFIID) { return nullptr; }
 
+  // A member's body inside its error trap (ComSupport.h), with the object held until the call returns:
+  // a handler the member lets run (an event sink's, a modal window's, the mAs download's message pump)
+  // may release the executive's last reference.
+  template <typename Body>
+  HRESULT trapped(const char* member, Body&& body) noexcept {
+    AddRef();
+    const HRESULT hr = win::trapped(member, std::forward<Body>(body));
+    Release();  // may destroy the object: nothing of it is used after this
+    return hr;
+  }
+  template <typename Result, typename Body>
+  HRESULT trappedResult(const char* member, Result* result, Result defaultValue, Body&& body) noexcept {
+    if (result == nullptr) return E_POINTER;
+    *result = defaultValue;
+    return trapped(member, std::forward<Body>(body));
+  }
+
  private:
+  /// Arguments counted are there, and named ones are among them.
+  static bool wellFormed(const DISPPARAMS* parameters) {
+    return parameters != nullptr && (parameters->cArgs == 0 || parameters->rgvarg != nullptr) &&
+           parameters->cNamedArgs <= parameters->cArgs &&
+           (parameters->cNamedArgs == 0 || parameters->rgdispidNamedArgs != nullptr);
+  }
+
   HRESULT loadTypeInfo() {
     if (typeInfo_ != nullptr) return S_OK;
     return typeInfoOf(interfaceIid_, &typeInfo_);

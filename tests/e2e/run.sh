@@ -121,6 +121,18 @@ members() {
   fi
 }
 check "VBScript calls all 6 + 55 members by name without a COM error (simulator)" members build simulator
+# The script-side forms of bad arguments (empty and 64 KiB texts, wrong types, missing and extra
+# arguments, overflows): only the dispatch layer's errors, the instrument working afterwards.
+badargs() {
+  local out
+  mkdir -p "$artifacts/badargs"
+  out=$(windows_path "$artifacts/badargs")
+  run_wine 150 "$bin/rx9400-automate.exe" --timeout=120 "--artifacts=$out" \
+    "--run=cscript.exe //nologo $(windows_path tests/e2e/vbs/badargs.vbs)" dismiss-all 2>&1 | tr -d '\r' |
+    grep -E '^badargs:|FAIL|exit code'
+  [ "${PIPESTATUS[0]}" -eq 0 ]
+}
+check "VBScript's bad arguments fail only with the dispatch layer's errors (badargs.vbs)" badargs
 host() {
   local scenario=$1; shift
   TAMSA_SIM_SCENARIO="${scenario:+$(windows_path "$scenario")}" check_lines "rx9400-testhost $*" \
@@ -186,6 +198,12 @@ LC_ALL=C.UTF-8 host "" "--artifacts=$(windows_path "$session")" exposures target
 # decimal separator and puts it back; a host that ended early would leave it set, so it is put back here.
 LC_ALL=C.UTF-8 host "" "--artifacts=$(windows_path "$session")" waveforms waveform-boxes waveform-handles
 run_wine 30 reg add 'HKCU\Control Panel\International' /v sDecimal /d . /f >/dev/null 2>&1
+# A shift of polling, supervision, settings and downloads, then the executive letting go in the middle
+# of things and unloading the plug-in last; bad arguments in a process of their own (SendDetectorType
+# gets every value).
+host "" "--artifacts=$(windows_path "$session")" shift shutdown-notice shutdown-in-event shutdown-in-download \
+  shutdown-unload
+host "" "--artifacts=$(windows_path "$session")" bad-arguments
 check "regsvr32 registers the test language component" run_wine 30 regsvr32 /s "$language"
 sessions "--artifacts=$(windows_path "$session/pseudo-language")" --pseudo-language
 check "regsvr32 /u unregisters the test language component" run_wine 30 regsvr32 /s /u "$language"

@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,9 @@ std::vector<Check> exposureChecks();
 std::vector<Check> waveformChecks();
 std::vector<Check> msgFormChecks();
 std::vector<Check> ionChamberChecks();
+std::vector<Check> reliabilityChecks();
+std::vector<Check> badArgumentChecks();
+std::vector<Check> shutdownChecks();
 
 inline constexpr wchar_t kQueryProgId[] = L"TamsaRX9400VTI.CRX9400Query";
 inline constexpr wchar_t kInstrumentProgId[] = L"TamsaRX9400VTI.CRX9400VTI";
@@ -83,9 +87,45 @@ HWND connectList(HWND connect);
 /// shown is unexpected: pictured (<check>-unexpected-N), closed and named in the failure.
 void driveModal(const Options& options, const char* check, const std::function<void()>& script,
                 const std::function<HRESULT()>& call, const char* callName);
+/// Closes a window the way someone who wants out would: Cancel, Stop or OK, else its close box.
+void dismiss(HWND window);
+/// Dispatches messages, incoming COM calls among them, until `done` or `timeoutMs`.
+template <typename Done>
+bool pumpUntil(DWORD timeoutMs, Done done) {
+  const ULONGLONG end = GetTickCount64() + timeoutMs;
+  while (!done()) {
+    if (GetTickCount64() >= end) return false;
+    MsgWaitForMultipleObjects(0, nullptr, FALSE, 50, QS_ALLINPUT);
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+      TranslateMessage(&message);
+      DispatchMessageW(&message);
+    }
+  }
+  return true;
+}
+/// This process's top-level windows (hidden ones too) and message-only windows.
+std::vector<HWND> processWindows();
+/// The handles this process holds, as the system's handle list counts them (Wine 8's
+/// GetProcessHandleCount answers 0); empty when the list cannot be read.
+std::optional<std::size_t> openHandles();
+
 /// The instrument class, created by ProgID, with `pCurrentMode` set to `mode`.
 ComPtr<_CRX9400VTI> instrumentIn(const wchar_t* mode);
 /// ScanAndConnectToDetector with every listed row ticked and Connect pressed.
 void connectAll(const Options& options, const char* check, Session& session);
+
+/// A session with the scenario's detector `id` connected and an instrument in RADIO mode.
+struct Detector {
+  Session session;
+  ComPtr<_CRX9400VTI> instrument;
+  std::int32_t id = 0;
+};
+/// The scenario's detector connected through the connect dialog; when `measured`, its exposure measured
+/// too: armed, and CheckDataStatus called until every part has delivered.
+Detector prepareDetector(const Options& options, const char* check, const wchar_t* scenario, std::int32_t id,
+                         bool measured);
+/// ResetTheDetectors and CloseApp.
+void closeDetector(Detector& detector);
 
 }  // namespace rx9400::e2e

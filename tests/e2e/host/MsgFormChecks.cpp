@@ -65,22 +65,6 @@ std::wstring classesValue(const std::wstring& key) {
   return found == ERROR_SUCCESS ? data : L"(none)";
 }
 
-/// Dispatches messages, incoming COM calls among them, until `done` or `timeoutMs`.
-template <typename Done>
-bool pumpUntil(DWORD timeoutMs, Done done) {
-  const ULONGLONG end = GetTickCount64() + timeoutMs;
-  while (!done()) {
-    if (GetTickCount64() >= end) return false;
-    MsgWaitForMultipleObjects(0, nullptr, FALSE, 50, QS_ALLINPUT);
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-      TranslateMessage(&message);
-      DispatchMessageW(&message);
-    }
-  }
-  return true;
-}
-
 /// The visible top-level window of `process` with that caption, waited for while messages are pumped.
 HWND formOf(DWORD process, const wchar_t* caption) {
   WindowFilter filter;

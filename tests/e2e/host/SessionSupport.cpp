@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,15 +27,29 @@ std::string wholeText(HMODULE simulator, const char* name) {
   return text;
 }
 
-/// Closes a window the way someone who wants out would: Cancel, Stop or OK, else its close box.
+BOOL CALLBACK collectOwnWindow(HWND window, LPARAM found) {
+  DWORD process = 0;
+  GetWindowThreadProcessId(window, &process);
+  if (process == GetCurrentProcessId()) reinterpret_cast<std::vector<HWND>*>(found)->push_back(window);
+  return TRUE;
+}
+
+}  // namespace
+
+std::vector<HWND> processWindows() {
+  std::vector<HWND> windows;
+  EnumWindows(collectOwnWindow, reinterpret_cast<LPARAM>(&windows));
+  for (HWND window = nullptr; (window = FindWindowExW(HWND_MESSAGE, window, nullptr, nullptr)) != nullptr;)
+    collectOwnWindow(window, reinterpret_cast<LPARAM>(&windows));
+  return windows;
+}
+
 void dismiss(HWND window) {
   for (const int id : {IDCANCEL, IDC_CONNECT_CANCEL, IDC_SCAN_STOP, IDOK}) {
     if (clickButton(GetDlgItem(window, id))) return;
   }
   PostMessageW(window, WM_CLOSE, 0, 0);
 }
-
-}  // namespace
 
 HMODULE loadedSimulator() {
   HMODULE simulator = GetModuleHandleW(kDeviceLibraryFile);
@@ -248,6 +263,69 @@ void connectAll(const Options& options, const char* check, Session& session) {
       [&] { return session.query->ScanAndConnectToDetector(); }, "ScanAndConnectToDetector");
   expect(session.connected() == VARIANT_TRUE, "IsDetectorConnected is not True after Connect");
   exportOf<decltype(&SimClearCallLog)>(session.simulator, "SimClearCallLog")();
+}
+
+Detector prepareDetector(const Options& options, const char* check, const wchar_t* scenario, std::int32_t id,
+                         bool measured) {
+  Detector detector{openSession(options, scenario), {}, id};
+  connectAll(options, check, detector.session);
+  detector.instrument = instrumentIn(L"RADIO");
+  if (!measured) return detector;
+
+  const auto delivered = [&] {
+    const SimDetectorState now = simulatorDetector(detector.session.simulator, id);
+    const bool mas = now.typeCode == 2 || now.typeCode >= 4;
+    return now.exposuresDelivered >= 1 && (!mas || now.masExposuresDelivered >= 1);
+  };
+  expectHr(detector.instrument->EnableMeasurements(VARIANT_TRUE), S_OK, "EnableMeasurements(True)");
+  driveModal(
+      options, check, [] {},
+      [&] {
+        VARIANT_BOOL finished = VARIANT_FALSE;
+        HRESULT hr = S_OK;
+        for (int pass = 0; pass < 20 && SUCCEEDED(hr) && !delivered(); ++pass) {
+          hr = detector.instrument->CheckDataStatus(&finished);
+        }
+        return hr;
+      },
+      "CheckDataStatus");
+  expect(delivered(), "the exposure was not measured in 20 passes of CheckDataStatus");
+  expectHr(detector.instrument->EnableMeasurements(VARIANT_FALSE), S_OK, "EnableMeasurements(False)");
+  return detector;
+}
+
+void closeDetector(Detector& detector) {
+  expectHr(detector.session.query->ResetTheDetectors(), S_OK, "ResetTheDetectors");
+  expectHr(detector.session.query->CloseApp(), S_OK, "CloseApp");
+}
+
+/// SystemHandleInformation: the system's handle list, every process's entries.
+std::optional<std::size_t> openHandles() {
+  struct Entry {
+    ULONG process;
+    BYTE type, flags;
+    USHORT handle;
+    void* object;
+    ULONG access;
+  };
+  struct List {
+    ULONG count;
+    Entry entries[1];
+  };
+  using Query = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
+  const auto query = reinterpret_cast<Query>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
+  std::vector<char> buffer(1 << 20);
+  LONG status = -1;
+  ULONG needed = 0;
+  for (; query != nullptr && buffer.size() <= (1u << 26); buffer.resize(buffer.size() * 2)) {
+    status = query(16, buffer.data(), static_cast<ULONG>(buffer.size()), &needed);
+    if (status != static_cast<LONG>(0xC0000004)) break;  // STATUS_INFO_LENGTH_MISMATCH: a larger buffer
+  }
+  if (status != 0) return std::nullopt;
+  const auto* list = reinterpret_cast<const List*>(buffer.data());
+  return std::count_if(list->entries, list->entries + list->count,
+                       [](const Entry& entry) { return entry.process == GetCurrentProcessId(); });
 }
 
 }  // namespace rx9400::e2e

@@ -6,8 +6,8 @@
 int main(int argc, char** argv) {
   using namespace rx9400::e2e;
   std::vector<Check> checks = comChecks();
-  for (const auto& group :
-       {sessionChecks(), exposureChecks(), waveformChecks(), msgFormChecks(), ionChamberChecks()})
+  for (const auto& group : {sessionChecks(), exposureChecks(), waveformChecks(), msgFormChecks(),
+                            ionChamberChecks(), reliabilityChecks(), badArgumentChecks(), shutdownChecks()})
     checks.insert(checks.end(), group.begin(), group.end());
   return runChecks(argc, argv, checks);
 }

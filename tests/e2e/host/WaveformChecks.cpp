@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -38,48 +37,6 @@ HRESULT callMember(_CRX9400VTI* instrument, Member member, float rMax, LONG poin
           : instrument->GetWaveformInSecs(0, rMax, points, member == Member::Secs ? 1 : 2, &result);
   text = taken(result);
   return hr;
-}
-
-struct Detector {
-  Session session;
-  ComPtr<_CRX9400VTI> instrument;
-  std::int32_t id = 0;
-};
-
-/// The scenario's detector connected through the connect dialog; when `measured`, its exposure measured
-/// too: armed, and CheckDataStatus called until every part has delivered.
-Detector prepare(const Options& options, const char* check, const wchar_t* scenario, std::int32_t id,
-                 bool measured) {
-  Detector detector{openSession(options, scenario), {}, id};
-  connectAll(options, check, detector.session);
-  detector.instrument = instrumentIn(L"RADIO");
-  if (!measured) return detector;
-
-  const auto delivered = [&] {
-    const SimDetectorState now = simulatorDetector(detector.session.simulator, id);
-    const bool mas = now.typeCode == 2 || now.typeCode >= 4;
-    return now.exposuresDelivered >= 1 && (!mas || now.masExposuresDelivered >= 1);
-  };
-  expectHr(detector.instrument->EnableMeasurements(VARIANT_TRUE), S_OK, "EnableMeasurements(True)");
-  driveModal(
-      options, check, [] {},
-      [&] {
-        VARIANT_BOOL finished = VARIANT_FALSE;
-        HRESULT hr = S_OK;
-        for (int pass = 0; pass < 20 && SUCCEEDED(hr) && !delivered(); ++pass) {
-          hr = detector.instrument->CheckDataStatus(&finished);
-        }
-        return hr;
-      },
-      "CheckDataStatus");
-  expect(delivered(), "the exposure was not measured in 20 passes of CheckDataStatus");
-  expectHr(detector.instrument->EnableMeasurements(VARIANT_FALSE), S_OK, "EnableMeasurements(False)");
-  return detector;
-}
-
-void close(Detector& detector) {
-  expectHr(detector.session.query->ResetTheDetectors(), S_OK, "ResetTheDetectors");
-  expectHr(detector.session.query->CloseApp(), S_OK, "CloseApp");
 }
 
 /// The points of the detector's recordings, as the simulator counts them.
@@ -207,10 +164,10 @@ void checkDownloads(const Options& options) {
       const std::string what = narrow(scenario) + " (decimal \"" + narrow(separator) + "\")";
       attempt(why, what, [&] {
         const UserDecimalSeparator decimal(separator);
-        Detector detector = prepare(options, "waveforms", scenario, id, true);
+        Detector detector = prepareDetector(options, "waveforms", scenario, id, true);
         for (const Member member : {Member::MilliSec, Member::Secs, Member::SecsMas})
           attempt(why, what + " " + memberName(member), [&] { download(options, detector, member); });
-        close(detector);
+        closeDetector(detector);
       });
     }
   }
@@ -245,7 +202,7 @@ void checkRefusals(const Options& options) {
   std::string why;
   for (const Refusal& row : kRefusals) {
     attempt(why, row.name, [&] {
-      Detector detector = prepare(options, "waveform-boxes", row.scenario, row.id, row.measured);
+      Detector detector = prepareDetector(options, "waveform-boxes", row.scenario, row.id, row.measured);
       for (const Member member : {Member::MilliSec, Member::Secs, Member::SecsMas}) {
         if (member == Member::SecsMas && !row.masToo) continue;
         const std::wstring caption =
@@ -265,40 +222,10 @@ void checkRefusals(const Options& options) {
           expect(text.empty(), "the text is " + quoted(text.substr(0, 40)));
         });
       }
-      close(detector);
+      closeDetector(detector);
     });
   }
   expect(why.empty(), why);
-}
-
-/// The handles this process holds, as the system's handle list (SystemHandleInformation) counts them:
-/// Wine 8's GetProcessHandleCount answers 0. Empty when the list cannot be read.
-std::optional<std::size_t> openHandles() {
-  struct Entry {
-    ULONG process;
-    BYTE type, flags;
-    USHORT handle;
-    void* object;
-    ULONG access;
-  };
-  struct List {
-    ULONG count;
-    Entry entries[1];
-  };
-  using Query = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
-  const auto query = reinterpret_cast<Query>(
-      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
-  std::vector<char> buffer(1 << 20);
-  LONG status = -1;
-  ULONG needed = 0;
-  for (; query != nullptr && buffer.size() <= (1u << 26); buffer.resize(buffer.size() * 2)) {
-    status = query(16, buffer.data(), static_cast<ULONG>(buffer.size()), &needed);
-    if (status != static_cast<LONG>(0xC0000004)) break;  // STATUS_INFO_LENGTH_MISMATCH: a larger buffer
-  }
-  if (status != 0) return std::nullopt;
-  const auto* list = reinterpret_cast<const List*>(buffer.data());
-  return std::count_if(list->entries, list->entries + list->count,
-                       [](const Entry& entry) { return entry.process == GetCurrentProcessId(); });
 }
 
 /// The views of sections mapped into this process.
@@ -314,7 +241,7 @@ std::size_t mappedViews() {
 
 void checkHandles(const Options& options) {
   constexpr int kRepeats = 1000;
-  Detector detector = prepare(options, "waveform-handles", kEdges, 123456789, true);
+  Detector detector = prepareDetector(options, "waveform-handles", kEdges, 123456789, true);
   const LONG points[] = {aioPoints(detector), aioPoints(detector), masPoints(detector)};
   std::wstring first[3], text;
   std::optional<std::size_t> handlesBefore, handlesAfter;
@@ -337,7 +264,7 @@ void checkHandles(const Options& options) {
         return hr;
       },
       "the downloads");
-  close(detector);
+  closeDetector(detector);
   expect(handlesBefore && handlesAfter, "the system handle list cannot be read");
   std::printf("open handles: %zu before, %zu after %d downloads; mapped views: %zu before, %zu after\n",
               *handlesBefore, *handlesAfter, kRepeats, viewsBefore, viewsAfter);
