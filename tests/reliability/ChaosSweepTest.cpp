@@ -24,8 +24,8 @@ namespace {
 using testing::Simulator;
 
 constexpr std::uint64_t kSeed = 20261124;
-constexpr std::int32_t kAio = 4711;   // all-in-one detector with mAs meter (type 4)
-constexpr std::int32_t kDose = 4712;  // dosimeter (type 3)
+const std::int32_t kAio = rigAio();    // all-in-one detector with mAs meter (type 4)
+const std::int32_t kDose = rigDose();  // dosimeter (type 3)
 
 long passes() {
   const char* text = std::getenv("RX9400_CHAOS_PASSES");

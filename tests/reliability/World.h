@@ -2,6 +2,9 @@
 // and the instrument the member list runs on.
 #pragma once
 
+#include <unistd.h>
+
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -11,17 +14,30 @@
 
 namespace rx9400::reliability {
 
-/// Two detectors whose exposures repeat: an all-in-one detector with mAs meter (4711, type 4) with an
-/// invalid target/filter combination, and a dosimeter (4712, type 3) with two ion chambers. `extra` holds
-/// further top-level fields, each followed by a comma.
+/// The two detectors' identifiers, this process's own: sweeps running side by side publish their
+/// shared sections under different names.
+inline std::int32_t rigAio() {
+  static const std::int32_t id = 5000000 + static_cast<std::int32_t>(getpid() % 400000) * 2;
+  return id;
+}
+inline std::int32_t rigDose() {
+  return rigAio() + 1;
+}
+
+/// Two detectors whose exposures repeat: an all-in-one detector with mAs meter (rigAio, type 4) with an
+/// invalid target/filter combination, and a dosimeter (rigDose, type 3) with two ion chambers. `extra`
+/// holds further top-level fields, each followed by a comma.
 inline std::string rigScenario(const std::string& extra = {}) {
   return "{" + extra + R"(
     "scan": {"pollsUntilComplete": 1},
     "detectors": [
-      {"identifier": 4711, "typeCode": 4, "serialNumber": 94001207, "repeatExposures": true,
+      {"identifier": )" +
+         std::to_string(rigAio()) + R"(, "typeCode": 4, "serialNumber": 94001207, "repeatExposures": true,
        "targetFilters": {"valid": ["W/Al", "W/Cu", "Mo/Mo"], "invalid": ["Rh/Rh"]}, "exposures": [{}],
        "mas": {"repeatExposures": true, "exposures": [{"span": 100}]}},
-      {"identifier": 4712, "typeCode": 3, "serialNumber": 94001208, "repeatExposures": true, "exposures": [{}],
+      {"identifier": )" +
+         std::to_string(rigDose()) +
+         R"(, "typeCode": 3, "serialNumber": 94001208, "repeatExposures": true, "exposures": [{}],
        "dosimeter": {"chambers": [{"name": "IC-A 6cc", "calFactors": [{"name": "RQR5", "constant": 1.2345e9}]},
                                   {"name": "IC-B 180cc", "calFactors": [{"name": "RQR8", "constant": 2.5e8}]}]}}]})";
 }
