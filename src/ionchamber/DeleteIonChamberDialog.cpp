@@ -19,12 +19,7 @@ void DeleteIonChamberDialog::show() {
 }
 
 void DeleteIonChamberDialog::load() {
-  skipOnFailure([&] {
-    view_.setTitle(context_.catalogue.text(catalogue::kDeleteIonChamber));
-    auto captions = view_.captions();
-    context_.catalogue.translateCaptions(captions);
-    view_.setCaptions(captions);
-  });
+  localise(view_, context_.catalogue, catalogue::kDeleteIonChamber);
   cancelled_ = false;
   view_.setWaitMessageVisible(false);
   copy_ = context_.state.ionChambers;

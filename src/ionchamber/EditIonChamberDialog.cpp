@@ -89,11 +89,7 @@ void EditIonChamberDialog::show(const std::string& title) {
 
 void EditIonChamberDialog::load() {
   Catalogue& catalogue = context_.catalogue;
-  skipOnFailure([&] {
-    auto captions = view_.captions();
-    catalogue.translateCaptions(captions);
-    view_.setCaptions(captions);
-  });
+  localise(view_, catalogue);
   if (!title_.empty()) view_.setTitle(title_);
   view_.setUnitEntries({catalogue.text(catalogue::kUnitRC), catalogue.text(catalogue::kUnitRnC),
                         catalogue.text(catalogue::kUnitGyC), catalogue.text(catalogue::kUnitGynC)});
@@ -243,10 +239,7 @@ bool EditIonChamberDialog::addChamber(std::int32_t dosimeter) {
   const std::string name = view_.fieldText(EditorField::IonChamberName);
   if (table.chamberNameTaken(name)) return refuse(context_.catalogue.text(catalogue::kIonChamberNameExists));
   if (dosimeter < 1) return refuse(context_.catalogue.text(catalogue::kNoDosimeterConnected));
-  ChamberName bytes{};
-  const std::string field = fixedLengthBytes(name, kChamberNameLength);
-  std::copy(field.begin(), field.end(), bytes.begin());
-  const std::int16_t number = context_.library.MBAddNewIonChamber(dosimeter, bytes);
+  const std::int16_t number = context_.library.MBAddNewIonChamber(dosimeter, nameBytes(name));
   if (number < 1) {
     refuse(context_.catalogue.text(catalogue::kUnableToAddNewIonChamber));
     return true;
@@ -286,9 +279,7 @@ bool EditIonChamberDialog::edit(std::int32_t dosimeter) {
   }
   if (dosimeter < 1) return refuse(context_.catalogue.text(catalogue::kNoDosimeterConnected));
   setName(record.name, name);
-  ChamberName bytes{};
-  std::copy(std::begin(record.name), std::end(record.name), bytes.begin());
-  skipOnFailure([&] { context_.library.MBEditIonChamber(dosimeter, record.number, bytes); });
+  skipOnFailure([&] { context_.library.MBEditIonChamber(dosimeter, record.number, nameBytes(name)); });
   if (!hasCalFactor) return true;
   CalFactor& calFactor = record.calFactors[slot];
   fillCalFactor(calFactor, context_.catalogue.text(catalogue::kEditorExponentLetter));

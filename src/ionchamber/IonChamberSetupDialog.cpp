@@ -34,12 +34,7 @@ void IonChamberSetupDialog::show(bool topmost) {
 }
 
 void IonChamberSetupDialog::load() {
-  skipOnFailure([&] {
-    view_.setTitle(context_.catalogue.text(catalogue::kIonChamberSetup));
-    auto captions = view_.captions();
-    context_.catalogue.translateCaptions(captions);
-    view_.setCaptions(captions);
-  });
+  localise(view_, context_.catalogue, catalogue::kIonChamberSetup);
   view_.setCalConstantText({});
   cancelled_ = false;
   const IonChamberTable& table = context_.state.ionChambers;

@@ -36,6 +36,13 @@ void setName(char (&field)[kChamberNameLength], std::string_view name) {
   std::memcpy(field, bytes.data(), kChamberNameLength);
 }
 
+std::array<char, kChamberNameLength> nameBytes(std::string_view name) {
+  const std::string field = fixedLengthBytes(name, kChamberNameLength);
+  std::array<char, kChamberNameLength> bytes{};
+  std::copy(field.begin(), field.end(), bytes.begin());
+  return bytes;
+}
+
 std::size_t IonChamberTable::size() const {
   return std::min<std::size_t>(count, records.size());
 }

@@ -6,6 +6,7 @@
 // added.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -36,6 +37,8 @@ std::string nameOf(const IonChamber& chamber);
 std::string nameOf(const CalFactor& calFactor);
 /// Writes a name into a fixed-length field: cut to the field, zero-filled behind.
 void setName(char (&field)[kChamberNameLength], std::string_view name);
+/// The name as the device library takes it.
+std::array<char, kChamberNameLength> nameBytes(std::string_view name);
 
 struct IonChamberTable {
   std::vector<IonChamber> records;     ///< lower bound 0; may hold records past the count

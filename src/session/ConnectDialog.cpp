@@ -91,13 +91,7 @@ void ConnectDialog::showModal(bool topmost) {
 
 void ConnectDialog::load() {
   connected_ = false;
-  try {
-    view_.setTitle(context_.catalogue.text(catalogue::kEstablishConnection));
-    auto captions = view_.captions();
-    context_.catalogue.translateCaptions(captions);
-    view_.setCaptions(captions);
-  } catch (...) {
-  }
+  localise(view_, context_.catalogue, catalogue::kEstablishConnection);
   if (topmost_) makeTopmost(context_.services.windows, view_.window());
   detectors_.clear();
   detectorTypes_.clear();

@@ -3,8 +3,10 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "core/Catalogue.h"
 #include "platform/WindowSystem.h"
 
 namespace rx9400 {
@@ -25,5 +27,20 @@ class DialogView {
   /// The translated captions, in the same order.
   virtual void setCaptions(const std::vector<std::string>& captions) = 0;
 };
+
+/// The dialog's title (when a literal is given) and its captions through the catalogue. A failing
+/// language component leaves the design-time texts, and a failing title does not stop the captions.
+inline void localise(DialogView& view, Catalogue& catalogue, std::string_view titleLiteral = {}) noexcept {
+  try {
+    if (!titleLiteral.empty()) view.setTitle(catalogue.text(titleLiteral));
+  } catch (...) {
+  }
+  try {
+    auto captions = view.captions();
+    catalogue.translateCaptions(captions);
+    view.setCaptions(captions);
+  } catch (...) {
+  }
+}
 
 }  // namespace rx9400

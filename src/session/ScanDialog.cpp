@@ -17,17 +17,7 @@ void ScanDialog::showModal(bool topmost) {
 void ScanDialog::load() {
   stopped_ = false;
   view_.setTimerEnabled(false);
-  try {
-    view_.setTitle(context_.catalogue.text(catalogue::kScanning));
-  } catch (...) {
-  }
-  try {
-    auto captions = view_.captions();
-    context_.catalogue.translateCaptions(captions);
-    view_.setCaptions(captions);
-  } catch (...) {
-    // Untranslated captions do not stop the scan.
-  }
+  localise(view_, context_.catalogue, catalogue::kScanning);  // untranslated texts do not stop the scan
   if (topmost_) makeTopmost(context_.services.windows, view_.window());
   view_.setTimerInterval(1);
   scanPending_ = true;

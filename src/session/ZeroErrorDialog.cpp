@@ -21,13 +21,7 @@ bool ZeroErrorDialog::ask(const std::string& caption, const std::string& detecto
 
 void ZeroErrorDialog::load() {
   connectChosen_ = false;
-  try {
-    view_.setTitle(context_.catalogue.text(catalogue::kZeroError));
-    auto captions = view_.captions();
-    context_.catalogue.translateCaptions(captions);
-    view_.setCaptions(captions);
-  } catch (...) {
-  }
+  localise(view_, context_.catalogue, catalogue::kZeroError);
   // The caller's caption and detector line replace the design-time ones.
   if (!caption_.empty()) view_.setTitle(caption_);
   if (!detectorLine_.empty()) view_.setDetectorLine(detectorLine_);
