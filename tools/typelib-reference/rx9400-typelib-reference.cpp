@@ -12,8 +12,10 @@
 #include <oleauto.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstring>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -262,6 +264,25 @@ bool describedByMember(const Member& member) {
          member.arguments.size() == 1;
 }
 
+/// The anchor a Markdown renderer gives a member's heading: its name in lower case, a repeated name
+/// numbered from 1 in the order of the page.
+std::string anchorOf(const std::string& name) {
+  static std::map<std::string, int> seen;
+  std::string anchor;
+  for (char c : name) anchor += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  const int repeat = seen[anchor]++;
+  return repeat == 0 ? anchor : anchor + "-" + std::to_string(repeat);
+}
+
+/// A line of links to the members, in DISPID order, to find one by name.
+void writeIndex(std::string& out, const std::vector<Member>& members, bool event) {
+  std::string line;
+  for (const Member& member : members)
+    line +=
+        (line.empty() ? "" : ", ") + std::string("[`") + member.name + "`](#" + anchorOf(member.name) + ")";
+  if (!line.empty()) out += (event ? "Events: " : "Members: ") + line + ".\n\n";
+}
+
 void writeMembers(std::string& out, const std::vector<Member>& members, bool event, const std::string& where,
                   Report& report) {
   for (const Member& member : members) {
@@ -312,6 +333,7 @@ void writeInterface(std::string& out, ITypeInfo* info, const std::string& librar
   const std::vector<Member> members = membersOf(source, *attributes);
   source->ReleaseTypeAttr(attributes);
   if (members.empty()) out += "No members.\n\n";
+  writeIndex(out, members, event);
   writeMembers(out, members, event, library + "." + name.text(), report);
 }
 
