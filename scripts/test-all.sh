@@ -21,6 +21,7 @@ ctest --preset native-asan -j "$(nproc)"
 
 echo "== Windows end-to-end checks"
 bash tests/e2e/run.sh
+echo "== The automation reference and its help strings, under Wine" && bash tests/e2e/reference/run.sh
 echo "== Windows checks of the shared services"
 bash tests/e2e/services/run.sh
 echo "== Record and replay under Wine"
