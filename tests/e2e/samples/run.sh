@@ -10,6 +10,7 @@
 # build's, registered here and unregistered at the end. Ends with "samples: N passed, M failed".
 set -uo pipefail
 cd "$(dirname "$0")/../../.."
+source tests/e2e/lib.sh
 bits=64 installed=
 while [ $# -gt 0 ]; do
   case $1 in
@@ -19,7 +20,6 @@ while [ $# -gt 0 ]; do
   esac
   shift
 done
-source tests/e2e/lib.sh
 
 build=build/mingw$bits
 declare -F build_dir_for_bits >/dev/null && build=$(build_dir_for_bits "$bits")
