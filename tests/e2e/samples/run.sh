@@ -44,7 +44,7 @@ automate=$build/bin/rx9400-automate.exe
 plugin=$(windows_path "$build/bin/TamsaRX9400VTI.dll")
 if [ -n "$installed" ]; then
   scripthost=$(windows_path "$installed/rx9400-scripthost.exe") samples=$(windows_path "$installed/Samples")
-  library="--library-folder=$(windows_path "$installed/Simulator")"
+  library="\"--library-folder=$(windows_path "$installed/Simulator")\""
 else
   scripthost=$(windows_path "$build/bin/rx9400-scripthost.exe") samples=$(windows_path samples) library=
   check "regsvr32 registers the $bits-bit plug-in" run_bits 60 regsvr32 /s "$plugin"
@@ -83,8 +83,9 @@ check "supervise-power.vbs reports the battery, answers the low-battery notice a
 Battery: 15 %
 The detector sleeps.
 Wake Up button offered
-The detector is awake again." window "Establish Connection" tick 0 click Connect gone window "Low Battery" click OK \
-  window "Detector Sleep" click Cancel
+The detector is awake again.
+window \"Low Battery\"
+window \"Detector Sleep\"" window "Establish Connection" tick 0 click Connect gone dismiss-all
 check "configure-dosimeter.vbs lists the chambers, keeps the dosimeter's settings and reports the chamber in use" \
   sample "" configure-dosimeter "" "chamber 1: IC-B 180cc
 Settings differed: True; dose unit now 1
