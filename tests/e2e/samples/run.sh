@@ -84,7 +84,8 @@ supervise() {
   local boxes=$artifacts/msgform.txt helper=
   : >"$boxes"
   if [ -n "$installed" ]; then
-    run_bits 150 "$automate" --timeout=90 --process=MsgForm.exe dismiss-all >"$boxes" 2>&1 &
+    run_bits 150 "$automate" --timeout=90 "--artifacts=$(windows_path "$artifacts")" --process=MsgForm.exe \
+      dismiss-all >"$boxes" 2>&1 &
     helper=$!
   fi
   sample tests/e2e/samples/supervision.json supervise-power "" "Battery: 80 %
