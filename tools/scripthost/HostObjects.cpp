@@ -4,6 +4,7 @@
 #include <ocidl.h>
 #include <oleauto.h>
 
+#include <cwchar>
 #include <string>
 
 namespace rx9400::scripthost {

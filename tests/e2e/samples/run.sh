@@ -27,7 +27,23 @@ wine_command=wine
 if [ "$bits" = 32 ]; then
   if ! declare -F wine32_available >/dev/null || ! wine32_available; then
     echo "32-bit Wine is not available: the 32-bit samples are not run"
-    finish samples
+    # The script host's own ends: a script's exit code, a script error with its place, the time limit.
+host_ends() {
+  local script=$artifacts/ends.vbs body wanted_code pattern output code
+  while IFS='|' read -r body wanted_code pattern; do
+    printf '%b\n' "$body" >"$script"
+    output=$(run_bits 30 "$scripthost_unix" --timeout=2 "$(windows_path "$script")" 2>&1 | tr -d '\r')
+    code=${PIPESTATUS[0]}
+    grep -q -- "$pattern" <<<"$output" && [ "$code" = "$wanted_code" ] ||
+      { echo "$body: exit code $code, output: $output"; return 1; }
+  done <<'EOF_ENDS'
+WScript.Echo "a", WScript.Arguments.Count\nWScript.Quit 7|7|^a 0$
+Dim x\nx = 1 / 0|1|ends.vbs(2, 
+WScript.Sleep 5000|3|time limit of 2 s
+EOF_ENDS
+}
+check "the script host ends with WScript.Quit's code, 1 after a script error (with its line), 3 at the time limit" host_ends
+finish samples
     exit
   fi
   wine_command=$(wine_for_bits 32)
@@ -44,9 +60,11 @@ automate=$build/bin/rx9400-automate.exe
 plugin=$(windows_path "$build/bin/TamsaRX9400VTI.dll")
 if [ -n "$installed" ]; then
   scripthost=$(windows_path "$installed/rx9400-scripthost.exe") samples=$(windows_path "$installed/Samples")
+  scripthost_unix=$installed/rx9400-scripthost.exe
   library="\"--library-folder=$(windows_path "$installed/Simulator")\""
 else
   scripthost=$(windows_path "$build/bin/rx9400-scripthost.exe") samples=$(windows_path samples) library=
+  scripthost_unix=$build/bin/rx9400-scripthost.exe
   check "regsvr32 registers the $bits-bit plug-in" run_bits 60 regsvr32 /s "$plugin"
   trap 'run_bits 60 regsvr32 /s /u "$plugin"; wineserver -k 2>/dev/null || true' EXIT
 fi
@@ -104,4 +122,20 @@ check "configure-dosimeter.vbs lists the chambers, keeps the dosimeter's setting
 Settings differed: True; dose unit now 1
 Report: ion chamber IC-A 6cc, cal factor RQR5, cal constant 1.2345E+09 R/C" \
   window "Establish Connection" tick 0 click Connect gone messagebox click Cancel
+# The script host's own ends: a script's exit code, a script error with its place, the time limit.
+host_ends() {
+  local script=$artifacts/ends.vbs body wanted_code pattern output code
+  while IFS='|' read -r body wanted_code pattern; do
+    printf '%b\n' "$body" >"$script"
+    output=$(run_bits 30 "$scripthost_unix" --timeout=2 "$(windows_path "$script")" 2>&1 | tr -d '\r')
+    code=${PIPESTATUS[0]}
+    grep -q -- "$pattern" <<<"$output" && [ "$code" = "$wanted_code" ] ||
+      { echo "$body: exit code $code, output: $output"; return 1; }
+  done <<'EOF_ENDS'
+WScript.Echo "a", WScript.Arguments.Count\nWScript.Quit 7|7|^a 0$
+Dim x\nx = 1 / 0|1|ends.vbs(2, 
+WScript.Sleep 5000|3|time limit of 2 s
+EOF_ENDS
+}
+check "the script host ends with WScript.Quit's code, 1 after a script error (with its line), 3 at the time limit" host_ends
 finish samples
