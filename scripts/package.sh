@@ -48,10 +48,12 @@ fi
 # Signs FILE in place, when a certificate is given.
 sign() {
   [ -n "${RX9400_SIGN_PFX:-}" ] || return 0
-  local options=(-pkcs12 "$RX9400_SIGN_PFX" -pass "${RX9400_SIGN_PASSWORD:-}" -h sha256 -n TamsaRX9400VTI)
+  local options=(-pkcs12 "$RX9400_SIGN_PFX" -h sha256 -n TamsaRX9400VTI)
   [ -z "${RX9400_SIGN_TIMESTAMP:-}" ] || options+=(-t "$RX9400_SIGN_TIMESTAMP")
   rm -f "$1.signed"
-  osslsigncode sign "${options[@]}" -in "$1" -out "$1.signed" >/dev/null && mv -f "$1.signed" "$1" ||
+  # The password goes through a pipe, never on a command line that other users could list.
+  osslsigncode sign "${options[@]}" -readpass <(printf '%s' "${RX9400_SIGN_PASSWORD:-}") -in "$1" -out "$1.signed" \
+    >/dev/null && mv -f "$1.signed" "$1" ||
     { echo "cannot sign $1" >&2; rm -f "$1.signed"; return 1; }
 }
 if [ -n "${RX9400_SIGN_PFX:-}" ]; then
