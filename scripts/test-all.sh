@@ -26,5 +26,6 @@ echo "== Windows checks of the shared services"
 bash tests/e2e/services/run.sh
 echo "== Record and replay under Wine"
 bash tests/e2e/replay/run.sh
+echo "== The samples in the script host under Wine"; bash tests/e2e/samples/run.sh
 echo "== Windows installer packages under Wine"
 bash tests/e2e/install/run.sh

@@ -19,14 +19,32 @@ installed_windows="C:\\Program Files\\$folder_name"
 product='TamsaRX9400VTI (x64)'
 
 # --- The packages -----------------------------------------------------------------------------------
+# The packages of this version are signed with a throwaway code-signing certificate (self-signed, so it
+# verifies only against itself); the newer one is built without a certificate, as a lab without one would.
 version=$(sed -n 's/^project(TamsaRX9400VTI VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 IFS=. read -r major minor patch <<<"$version"
 newer="$major.$minor.$((patch + 1))"
-package_all() {
-  bash scripts/package.sh --output "$packages" >/dev/null &&
-    bash scripts/package.sh --version "$newer" --output "$packages" >/dev/null
+certificate=$packages/signing
+make_certificate() {
+  command -v osslsigncode >/dev/null || { echo "osslsigncode is missing: apt-get install osslsigncode"; return 1; }
+  mkdir -p "$certificate" &&
+    openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "/CN=TamsaRX9400VTI throwaway signing" \
+      -addext extendedKeyUsage=codeSigning -addext keyUsage=digitalSignature \
+      -keyout "$certificate/key.pem" -out "$certificate/certificate.pem" 2>/dev/null &&
+    openssl pkcs12 -export -inkey "$certificate/key.pem" -in "$certificate/certificate.pem" \
+      -out "$certificate/signing.pfx" -passout pass:throwaway
 }
-check "scripts/package.sh builds both packages of $version and an x64 package of $newer to upgrade with" package_all
+package_all() {
+  local unsigned
+  make_certificate &&
+    RX9400_SIGN_PFX=$certificate/signing.pfx RX9400_SIGN_PASSWORD=throwaway \
+      bash scripts/package.sh --output "$packages" >/dev/null &&
+    unsigned=$(env -u RX9400_SIGN_PFX bash scripts/package.sh --version "$newer" --output "$packages" 2>&1 >/dev/null) ||
+    return 1
+  grep -q 'not signed' <<<"$unsigned" || { echo "without a certificate package.sh did not say so: $unsigned"; return 1; }
+}
+check "scripts/package.sh builds both packages of $version, signed, and an unsigned x64 package of $newer to upgrade with" \
+  package_all
 x64=$packages/TamsaRX9400VTI-$version-x64.msi
 x86=$packages/TamsaRX9400VTI-$version-x86.msi
 upgrade=$packages/TamsaRX9400VTI-$newer-x64.msi
@@ -40,15 +58,50 @@ package_files() (
     <(table "$1" Component | awk -F'\t' '{ print $1 "\t" $3 }' | sort) |
     awk -F'\t' '{ print $4 "/" $3 }' | sort
 )
+# Every file a package installs, as a path in the install folder.
 expected_files() {
-  printf 'INSTALLFOLDER/%s\n' MsgForm.exe README.txt TamsaRX9400VTI.dll rx9400-demo.exe rx9400-probe.exe \
-    rx9400-traceviewer.exe
-  echo SIMULATORFOLDER/TamsaMBDll.dll
+  printf '%s\n' MsgForm.exe README.txt Recorder/TamsaMBDll.dll Samples/README.md Samples/configure-dosimeter.vbs \
+    Samples/download-waveforms.vbs Samples/measure-exposure.vbs Samples/supervise-power.vbs Simulator/TamsaMBDll.dll \
+    TamsaRX9400VTI.dll rx9400-demo.exe rx9400-probe.exe rx9400-scripthost.exe rx9400-traceviewer.exe
 }
-files_of() { diff <(expected_files) <(package_files "$1"); }
-check "the x64 package holds the plug-in, MsgForm.exe, the tools and README.txt, the simulator in Simulator" \
+in_folders() {
+  sed 's,^INSTALLFOLDER/,,; s,^SIMULATORFOLDER/,Simulator/,; s,^RECORDERFOLDER/,Recorder/,; s,^SAMPLESFOLDER/,Samples/,' |
+    LC_ALL=C sort
+}
+files_of() { diff <(expected_files) <(package_files "$1" | in_folders); }
+check "the x64 package holds the plug-in, MsgForm.exe, the tools, the script host, README.txt, the samples in Samples, the recorder in Recorder, the simulator in Simulator" \
   files_of "$x64"
 check "the x86 package holds the same files" files_of "$x86"
+
+# The files of each package, extracted, for the signature checks and to compare the installed ones with.
+extracted=$packages/extracted
+extract() { rm -rf "$extracted/$2" && mkdir -p "$extracted/$2" && msiextract -C "$extracted/$2" "$1" >/dev/null; }
+# Fails unless FILE carries a valid Authenticode signature by the throwaway certificate.
+signed() {
+  local output
+  output=$(osslsigncode verify -CAfile "$certificate/certificate.pem" -in "$1" 2>&1) ||
+    { echo "$1: no valid signature by the throwaway certificate"; printf '%s\n' "$output" | grep -iE 'error|fail' | head -3; return 1; }
+}
+all_signed() {
+  local package=$1 folder=$2 binaries binary
+  extract "$package" "$folder" || { echo "msiextract failed"; return 1; }
+  signed "$package" || return 1
+  binaries=$(find "$extracted/$folder" -type f \( -iname '*.dll' -o -iname '*.exe' \) | sort)
+  [ "$(grep -c . <<<"$binaries")" -eq 8 ] || { echo "binaries found:"; printf '%s\n' "$binaries"; return 1; }
+  while read -r binary; do signed "$binary" || return 1; done <<<"$binaries"
+}
+check "the x64 package and its 8 binaries carry valid signatures by the certificate" all_signed "$x64" x64
+check "the x86 package and its 8 binaries carry valid signatures by the certificate" all_signed "$x86" x86
+unsigned_package() {
+  ! osslsigncode verify -CAfile "$certificate/certificate.pem" -in "$upgrade" >/dev/null 2>&1 ||
+    { echo "the package built without a certificate is signed"; return 1; }
+}
+check "the package built without a certificate is unsigned" unsigned_package
+checksums() {
+  (cd "$packages" && sha256sum --quiet -c SHA256SUMS) || return 1
+  diff <(cd "$packages" && ls -1 -- *.msi) <(awk '{ print $2 }' "$packages/SHA256SUMS" | tr -d '*')
+}
+check "SHA256SUMS beside the packages lists every package with its checksum" checksums
 
 # The x86 package installs 32-bit components into the 32-bit Program Files, its type library under win32.
 thirty_two_bit() {
@@ -142,6 +195,11 @@ remove_leftovers() {
   done
 }
 remove_leftovers
+# The script host registers its own type library when it first runs: in a new prefix that happens here,
+# before the registry is compared, not during the installs.
+: >"$artifacts/empty.vbs"
+run_wine 30 cscript.exe //nologo "$(windows_path "$artifacts/empty.vbs")"
+run_wine 30 "$bin/rx9400-automate.exe" --timeout=20 "--run=cscript.exe //nologo $(windows_path "$artifacts/empty.vbs")" >/dev/null
 files_in_prefix() {
   find "$WINEPREFIX/drive_c" -printf '%P\n' |
     grep -viE '^(windows/installer|(windows/temp|users/[^/]*/(temp|appdata/local/temp))(/.*)?)$' | sort
@@ -156,10 +214,20 @@ msiexec_logged() {
 }
 check "msiexec /i installs the x64 package silently" msiexec_logged install.log /i "$(windows_path "$x64")"
 installed_files() {
-  diff <(expected_files | sed -n 's,^INSTALLFOLDER/,,p') <(cd "$installed" && find . -printf '%P\n' | sed '/^$/d' | LC_ALL=C sort)
+  diff <(expected_files | grep -v '^Simulator/') <(cd "$installed" && find . -type f -printf '%P\n' | LC_ALL=C sort)
 }
-check "the installed folder holds the plug-in, MsgForm.exe, the tools and README.txt; no simulator by default" \
+check "the installed folder holds the plug-in, MsgForm.exe, the tools, the samples, the recorder and README.txt; no simulator by default" \
   installed_files
+# The installed binaries are the package's, signed.
+installed_signed() {
+  local root binary
+  root=$(dirname "$(find "$extracted/x64" -name TamsaRX9400VTI.dll | head -1)")
+  while read -r binary; do
+    cmp -s "$installed/$binary" "$root/$binary" || { echo "$binary differs from the package's"; return 1; }
+    signed "$installed/$binary" || return 1
+  done < <(cd "$installed" && find . -type f \( -iname '*.dll' -o -iname '*.exe' \) -printf '%P\n')
+}
+check "the installed binaries carry the signature" installed_signed
 snapshot "$artifacts/registry-installed.txt"
 check "the install writes exactly the package's Registry rows" \
   rows_are_registration "$artifacts/registry-installed.txt" "$installed_windows"
@@ -202,8 +270,10 @@ demo_installed() {
   done
 }
 check "the installed demo measures every kind of detector with the installed simulator" demo_installed
+# The samples from the installed folder, in the installed script host against the installed simulator.
+check_lines "the samples from the installed folder" bash tests/e2e/samples/run.sh --installed "$installed"
 
-check "msiexec /i installs the $newer package over $version" msiexec_logged upgrade.log /i "$(windows_path "$upgrade")"
+check "msiexec /i installs the unsigned $newer package over $version" msiexec_logged upgrade.log /i "$(windows_path "$upgrade")"
 snapshot "$artifacts/registry-upgraded.txt"
 one_product() {
   local entries
