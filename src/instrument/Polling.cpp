@@ -2,10 +2,12 @@
 // into the executive's events.
 #include <string>
 
+#include "core/DetectorType.h"
+#include "core/DialogFactory.h"
 #include "core/NumberText.h"
 #include "core/Placement.h"
+#include "core/Text.h"
 #include "instrument/Instrument.h"
-#include "session/DialogFactory.h"
 #include "session/ZeroErrorDialog.h"
 
 namespace rx9400 {
@@ -13,16 +15,6 @@ namespace {
 
 constexpr const char* kOneExposureFinished =
     "--------------------------------------------One Exp Finished ------------------------------------------";
-
-bool isAioKind(std::int32_t kind) {
-  return kind == 1 || kind == 4;
-}
-bool isDoseKind(std::int32_t kind) {
-  return kind == 3 || kind == 5;
-}
-bool hasMas(std::int32_t kind) {
-  return kind == 2 || kind == 4 || kind == 5;
-}
 
 }  // namespace
 
@@ -310,7 +302,7 @@ void Instrument::pollMas(std::int32_t id, std::int32_t kind) {
   std::string pulses = FormatMeasuredValue(data.pulsesStatus, data.pulses);
   std::string dosePerMas;
   const bool validMas = data.mAsStatus == 1 || data.mAsStatus == 2 || data.mAsStatus == 4;
-  if ((kind == 4 || kind == 5) && data.mAs != 0 && validMas) {
+  if ((hasAioPart(kind) || hasDosePart(kind)) && data.mAs != 0 && validMas) {
     dosePerMas = FormatMeasuredValue(doseStatus_, static_cast<float>(valOS(doseText_) / data.mAs));
   }
   context_.trace.trace({"$CheckDataStatus$ - mAs Data ready :: " + std::to_string(id)});
@@ -348,23 +340,23 @@ void Instrument::announceWaveforms() {
         masWaveformPending_ = false;
       }
     };
-    switch (state.kindAt(0)) {
-      case 2:
+    switch (detectorType(state.kindAt(0))) {
+      case DetectorType::Mas:
         mas();
         exposureFinished_ = true;  // no all-in-one measurement to wait for
         break;
-      case 1:
+      case DetectorType::Aio:
         aio();
         masExposureFinished_ = true;
         break;
-      case 3:
+      case DetectorType::Dose:
         masExposureFinished_ = true;  // a dosimeter has no waveform
         break;
-      case 4:
+      case DetectorType::AioMas:
         aio();
         mas();
         break;
-      case 5:
+      case DetectorType::DoseMas:
         if (exposureFinished_) events_.EnableStopButton(false);
         mas();
         break;
@@ -376,14 +368,14 @@ void Instrument::announceWaveforms() {
   for (std::size_t slot = 0; slot < state.slotCount() && exposureFinished_ && masExposureFinished_; ++slot) {
     const std::int32_t id = state.identifierAt(slot);
     if (id < 1) continue;
-    switch (state.kindAt(slot)) {
-      case 2:
+    switch (detectorType(state.kindAt(slot))) {
+      case DetectorType::Mas:
         announceWaveform(false, id);
         break;
-      case 1:
+      case DetectorType::Aio:
         announceWaveform(true, id);
         break;
-      case 3:
+      case DetectorType::Dose:
         // A dosimeter among several detectors counts a waveform without announcing one.
         events_.EnableStopButton(false);
         context_.trace.trace({"$CheckDataStatus$ - mAs waveform is initialized :: " + std::to_string(id)});
@@ -405,9 +397,9 @@ bool Instrument::CheckDataStatus() {
       lastStatus_ = status;
       if (!pollConnectionAndBattery(slot, id, status)) continue;
       const std::int32_t kind = state.kindAt(slot);
-      if (isAioKind(kind) && !exposureFinished_ && !pollAio(slot, id, status)) return false;
-      if (isDoseKind(kind) && !exposureFinished_) pollDosimeter(slot, id);
-      if (hasMas(kind) && !masExposureFinished_) pollMas(id, kind);
+      if (hasAioPart(kind) && !exposureFinished_ && !pollAio(slot, id, status)) return false;
+      if (hasDosePart(kind) && !exposureFinished_) pollDosimeter(slot, id);
+      if (hasMasPart(kind) && !masExposureFinished_) pollMas(id, kind);
     }
     announceWaveforms();
     const bool finished = exposureFinished_ && masExposureFinished_;
