@@ -5,8 +5,8 @@
 #include "core/DetectorType.h"
 #include "core/DialogFactory.h"
 #include "core/NumberText.h"
-#include "core/Text.h"
 #include "core/Placement.h"
+#include "core/Text.h"
 #include "instrument/Instrument.h"
 #include "session/ZeroErrorDialog.h"
 
@@ -30,7 +30,7 @@ struct PressureUnit {
   bool decimal;
 };
 PressureUnit pressureUnit(std::int32_t unit) {
-  constexpr PressureUnit kUnits[] = {{0.03937008, true}, {1, false},         {1.333224, false},
+  constexpr PressureUnit kUnits[] = {{0.03937008, true}, {1, false},        {1.333224, false},
                                      {1.333224, false},  {0.0446033, true}, {0.01359554, true}};
   return unit >= 1 && unit <= 6 ? kUnits[unit - 1] : PressureUnit{1, false};
 }
@@ -117,11 +117,10 @@ void Instrument::askAboutZeroError(std::size_t slot, std::int32_t id) {
   const DetectorInfo& info = context_.state.detectors[slot];
   auto view = context_.services.dialogs.newZeroErrorView();
   ZeroErrorDialog dialog(context_, *view);
-  const bool connect =
-      dialog.ask(catalogue.text(catalogue::kDetectorZeroError),
-                 std::to_string(info.serialNumber) + " " +
-                     catalogue.text(detectorDisplayNameLiteral(context_.state.kindAt(slot))),
-                 topmostRequired(context_.services.registry));
+  const bool connect = dialog.ask(catalogue.text(catalogue::kDetectorZeroError),
+                                  std::to_string(info.serialNumber) + " " +
+                                      catalogue.text(detectorDisplayNameLiteral(context_.state.kindAt(slot))),
+                                  topmostRequired(context_.services.registry));
   if (connect) {
     context_.library.MBSetPowerMode(id, kPowerShutDown);
   } else {
@@ -191,8 +190,8 @@ Instrument::AioTexts Instrument::aioTexts(const AioMeasuredData& data, bool fluo
   kvpText_ = tenths(data.kvpAverageStatus, data.kvpAverage);
   texts.kvpMax = tenths(data.kvpMaximumStatus, data.kvpMaximum);
   texts.kvpPpv = tenths(data.kvpPpvStatus, data.kvpPpv);
-  texts.hvl = FormatMeasuredValue(
-      data.hvlStatus, static_cast<float>(data.hvl * (modeIs(catalogue::kMAMMO) ? 0.01 : 0.1)));
+  texts.hvl = FormatMeasuredValue(data.hvlStatus,
+                                  static_cast<float>(data.hvl * (modeIs(catalogue::kMAMMO) ? 0.01 : 0.1)));
   return texts;
 }
 
@@ -411,11 +410,7 @@ bool Instrument::CheckDataStatus() {
     const bool finished = exposureFinished_ && masExposureFinished_;
     if (finished) {
       context_.trace.trace({kOneExposureFinished});
-      exposureFinished_ = false;
-      masExposureFinished_ = false;
-      aioWaveformPending_ = false;
-      masWaveformPending_ = false;
-      doseText_.clear();
+      ResetTheFlags();
     }
     return finished;
   } catch (...) {
