@@ -23,10 +23,6 @@ WindowHandle Win32Dialog::focusedControlHandle() const {
   return asWindowHandle(focus != nullptr && IsChild(dialog_, focus) ? focus : dialog_);
 }
 
-void Win32Dialog::setWindowTitle(const std::string& title) {
-  setWindowText(dialog_, title);
-}
-
 std::vector<std::string> Win32Dialog::controlCaptions() const {
   std::vector<std::string> captions;
   for (const int id : captionIds_) captions.push_back(windowText(control(id)));

@@ -26,9 +26,7 @@ class Win32Dialog {
   void runModal();
   void endModal();
   HWND handle() const { return dialog_; }
-  WindowHandle windowHandle() const { return asWindowHandle(dialog_); }
   WindowHandle focusedControlHandle() const;
-  void setWindowTitle(const std::string& title);
   std::vector<std::string> controlCaptions() const;
   void setControlCaptions(const std::vector<std::string>& captions);
   void setControlText(int id, const std::string& text);
@@ -70,9 +68,9 @@ class Win32DialogView : public Win32Dialog, public View {
   void attach(Presenter& presenter) override { presenter_ = &presenter; }
   void showModal() override { runModal(); }
   void hide() override { endModal(); }
-  WindowHandle window() override { return windowHandle(); }
+  WindowHandle window() override { return asWindowHandle(handle()); }
   WindowHandle focusedControl() override { return focusedControlHandle(); }
-  void setTitle(const std::string& title) override { setWindowTitle(title); }
+  void setTitle(const std::string& title) override { setWindowText(handle(), title); }
   std::vector<std::string> captions() override { return controlCaptions(); }
   void setCaptions(const std::vector<std::string>& captions) override { setControlCaptions(captions); }
 
