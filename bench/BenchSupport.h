@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "../sim/SimControl.h"
+#include "core/DialogFactory.h"
 #include "core/InstrumentEvents.h"
 #include "core/PluginContext.h"
 #include "instrument/Instrument.h"
-#include "session/DialogFactory.h"
 
 namespace rx9400 {
 

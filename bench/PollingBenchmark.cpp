@@ -16,9 +16,9 @@
 #include <vector>
 
 #include "BenchSupport.h"
+#include "core/DialogFactory.h"
 #include "core/PluginContext.h"
 #include "instrument/Instrument.h"
-#include "session/DialogFactory.h"
 
 #include "AllocationCounter.h"
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "core/DetectorType.h"
 #include "device/MBdllFunctions.h"
-#include "session/ConnectDialog.h"
 
 namespace {
 

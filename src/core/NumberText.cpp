@@ -9,7 +9,6 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "core/CatalogueLiterals.h"
 
 namespace rx9400 {
 namespace {
@@ -217,43 +216,6 @@ ScientificParts scientificParts(double value, std::string_view decimalSeparator)
 std::string scientificText(double value, std::string_view exponentLetter, std::string_view decimalSeparator) {
   const ScientificParts parts = scientificParts(value, decimalSeparator);
   return parts.mantissa + std::string(exponentLetter) + parts.sign + parts.exponent;
-}
-
-std::string fixedLengthBytes(std::string_view bytes, std::size_t length) {
-  std::string field(bytes.substr(0, length));
-  field.resize(length, '\0');
-  return field;
-}
-
-std::string textOfFixedBytes(const char* bytes, std::size_t length) {
-  const char* end = std::find(bytes, bytes + length, '\0');
-  return std::string(bytes, end);
-}
-
-std::string_view detectorDisplayNameLiteral(std::int32_t typeCode) {
-  switch (typeCode) {
-    case 1:
-      return catalogue::kDisplayNameAio;
-    case 2:
-      return catalogue::kDisplayNameMas;
-    case 3:
-      return catalogue::kDisplayNameDose;
-    case 4:
-      return catalogue::kDisplayNameAioMas;
-    case 5:
-      return catalogue::kDisplayNameDoseMas;
-    default:
-      return {};
-  }
-}
-
-std::string withoutLastCharacters(std::string text, std::size_t count) {
-  for (; count > 0 && !text.empty(); --count) {
-    std::size_t end = text.size() - 1;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
-    text.resize(end);
-  }
-  return text;
 }
 
 }  // namespace rx9400

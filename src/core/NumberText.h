@@ -42,15 +42,4 @@ ScientificParts scientificParts(double value, std::string_view decimalSeparator 
 std::string scientificText(double value, std::string_view exponentLetter,
                            std::string_view decimalSeparator = ".");
 
-/// One-byte characters in a field of fixed length: cut to `length`, zero-filled behind.
-std::string fixedLengthBytes(std::string_view bytes, std::size_t length);
-/// The characters of a fixed-length field up to its first zero byte.
-std::string textOfFixedBytes(const char* bytes, std::size_t length);
-
-/// The UTF-8 text without its last `count` characters (characters, not bytes: what is left stays valid).
-std::string withoutLastCharacters(std::string text, std::size_t count);
-
-/// The catalogue literal of a detector's display name by its type code (1 to 5); empty for any other.
-std::string_view detectorDisplayNameLiteral(std::int32_t typeCode);
-
 }  // namespace rx9400

@@ -1,6 +1,8 @@
 // The plug-in's process-wide state.
 #include "core/SharedState.h"
 
+#include "core/DetectorType.h"
+
 #include <stdexcept>
 #include <utility>
 
@@ -38,7 +40,7 @@ std::vector<std::int32_t> SharedState::dosimeterIdentifiers() const {
   std::vector<std::int32_t> identifiers;
   for (std::size_t slot = 0; slot < detectors.size(); ++slot) {
     const std::int32_t kind = kindAt(slot);
-    if ((kind == 3 || kind == 5) && detectors[slot].identifier >= 1)
+    if (hasDosePart(kind) && detectors[slot].identifier >= 1)
       identifiers.push_back(detectors[slot].identifier);
   }
   return identifiers;

@@ -24,15 +24,6 @@ inline constexpr VBBool kVBFalse = 0;
 inline constexpr MBBool kMBTrue = -1;
 inline constexpr MBBool kMBFalse = 0;
 
-/// Detector type codes, as the scan functions and the detector kinds list use them.
-enum class DetectorType : std::int32_t {
-  Aio = 1,      ///< all-in-one X-ray detector
-  Mas = 2,      ///< mAs meter alone
-  Dose = 3,     ///< dosimeter with external ion chambers
-  AioMas = 4,   ///< all-in-one detector with mAs meter
-  DoseMas = 5,  ///< dosimeter with mAs meter
-};
-
 /// Connection state in DetectorStatus::connectionState.
 inline constexpr std::int32_t kConnected = 1;
 inline constexpr std::int32_t kConnectionLost = 2;

@@ -2,7 +2,7 @@
 // the chosen chamber and cal factor handed back to the executive, its settings compared with the
 // executive's, and the ion chamber dialogs opened for it.
 //
-// Choices where the rules leave room: the records CongiureDoseDetector and ShowDosimeterIonChamber
+// In detail: the records CongiureDoseDetector and ShowDosimeterIonChamber
 // send are the executive's from the last SendCompareData, or the dosimeter's own before one; the
 // comparison covers all fifteen values, Longs and bytes exactly and Singles as the dosimeter stores
 // them (bit for bit as Singles, so 22 and 22.0 agree and 0.1 agrees only with the same Single); lists go
@@ -11,13 +11,14 @@
 #include <exception>
 #include <stdexcept>
 
+#include "core/DetectorType.h"
+#include "core/DialogFactory.h"
 #include "core/NumberText.h"
 #include "core/Placement.h"
 #include "device/UpdatePause.h"
 #include "instrument/Instrument.h"
 #include "ionchamber/ChamberFile.h"
 #include "ionchamber/IonChamberSetupDialog.h"
-#include "session/DialogFactory.h"
 
 namespace rx9400 {
 
@@ -29,7 +30,7 @@ std::int32_t firstDosimeter(const SharedState& state) {
 }
 
 bool isMasKind(std::int32_t kind) {
-  return kind == 2 || kind == 4 || kind == 5;
+  return hasMasPart(kind);
 }
 
 /// A Single as a Long, cut towards zero; a value no Long holds (or not a number) is a run-time failure

@@ -156,7 +156,14 @@ class Instrument {
   // Polling, one slot at a time; each answers false when the pass must end.
   bool pollConnectionAndBattery(std::size_t slot, std::int32_t id, const DetectorStatus& status);
   bool pollAio(std::size_t slot, std::int32_t id, const DetectorStatus& status);
+  void wakeFromSleep(std::size_t slot);
+  void askAboutZeroError(std::size_t slot, std::int32_t id);
+  struct AioTexts;
+  AioTexts aioTexts(const AioMeasuredData& data, bool fluoro);
+  void reportAioData(std::int32_t id, bool fluoroRunning);
   void pollDosimeter(std::size_t slot, std::int32_t id);
+  void showDosimeterNotices(const DoseMeasuredData& data);
+  void reportDosimeterData(std::int32_t id, const DoseMeasuredData& data);
   void pollMas(std::int32_t id, std::int32_t kind);
   void announceWaveform(bool aio, std::int32_t id);
   void announceWaveforms();

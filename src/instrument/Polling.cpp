@@ -2,10 +2,12 @@
 // into the executive's events.
 #include <string>
 
+#include "core/DetectorType.h"
+#include "core/DialogFactory.h"
 #include "core/NumberText.h"
 #include "core/Placement.h"
+#include "core/Text.h"
 #include "instrument/Instrument.h"
-#include "session/DialogFactory.h"
 #include "session/ZeroErrorDialog.h"
 
 namespace rx9400 {
@@ -14,14 +16,23 @@ namespace {
 constexpr const char* kOneExposureFinished =
     "--------------------------------------------One Exp Finished ------------------------------------------";
 
-bool isAioKind(std::int32_t kind) {
-  return kind == 1 || kind == 4;
+/// The all-in-one detector's dose rate, per second, in the settings' dose-rate unit (1 per second,
+/// 2 per minute, 3 per hour, 4 a hundredth); any other unit keeps it per second.
+double doseRateFactor(const MeasurementSettings& settings) {
+  constexpr double kFactors[] = {1, 60, 60 * 60, 0.01};
+  return settings.doseRateUnit >= 1 && settings.doseRateUnit <= 4 ? kFactors[settings.doseRateUnit - 1] : 1;
 }
-bool isDoseKind(std::int32_t kind) {
-  return kind == 3 || kind == 5;
-}
-bool hasMas(std::int32_t kind) {
-  return kind == 2 || kind == 4 || kind == 5;
+
+/// The dosimeter's pressure (mmHg) in one of the executive's pressure units, and whether that unit
+/// shows a decimal; unit 2, and any unknown one, is mmHg itself.
+struct PressureUnit {
+  double factor;
+  bool decimal;
+};
+PressureUnit pressureUnit(std::int32_t unit) {
+  constexpr PressureUnit kUnits[] = {{0.03937008, true}, {1, false},        {1.333224, false},
+                                     {1.333224, false},  {0.0446033, true}, {0.01359554, true}};
+  return unit >= 1 && unit <= 6 ? kUnits[unit - 1] : PressureUnit{1, false};
 }
 
 }  // namespace
@@ -93,29 +104,34 @@ bool Instrument::pollConnectionAndBattery(std::size_t slot, std::int32_t id, con
   return status.connectionState == kConnected;
 }
 
-bool Instrument::pollAio(std::size_t slot, std::int32_t id, const DetectorStatus& status) {
+void Instrument::wakeFromSleep(std::size_t slot) {
+  if (context_.state.alerts[slot].sleeping == kVBFalse) return;
+  lastActivity_ = context_.services.clock.milliseconds();
+  closeSleepNotice(slot);
+  events_.AddWakeUpButton(false);
+}
+
+void Instrument::askAboutZeroError(std::size_t slot, std::int32_t id) {
   Catalogue& catalogue = context_.catalogue;
-  DetectorAlertState& alert = context_.state.alerts[slot];
-  if (alert.sleeping != kVBFalse && status.dataAvailable != 0) {
-    lastActivity_ = context_.services.clock.milliseconds();
-    closeSleepNotice(slot);
-    events_.AddWakeUpButton(false);
+  context_.library.MBDisableMeasurement(id);
+  const DetectorInfo& info = context_.state.detectors[slot];
+  auto view = context_.services.dialogs.newZeroErrorView();
+  ZeroErrorDialog dialog(context_, *view);
+  const bool connect = dialog.ask(catalogue.text(catalogue::kDetectorZeroError),
+                                  std::to_string(info.serialNumber) + " " +
+                                      catalogue.text(detectorDisplayNameLiteral(context_.state.kindAt(slot))),
+                                  topmostRequired(context_.services.registry));
+  if (connect) {
+    context_.library.MBSetPowerMode(id, kPowerShutDown);
+  } else {
+    context_.library.MBEnableMeasurement(id);
   }
+}
+
+bool Instrument::pollAio(std::size_t slot, std::int32_t id, const DetectorStatus& status) {
+  if (status.dataAvailable != 0) wakeFromSleep(slot);
   if (status.measurementState == kMeasurementZeroError) {
-    context_.library.MBDisableMeasurement(id);
-    const DetectorInfo& info = context_.state.detectors[slot];
-    auto view = context_.services.dialogs.newZeroErrorView();
-    ZeroErrorDialog dialog(context_, *view);
-    const bool connect =
-        dialog.ask(catalogue.text(catalogue::kDetectorZeroError),
-                   std::to_string(info.serialNumber) + " " +
-                       catalogue.text(detectorDisplayNameLiteral(context_.state.kindAt(slot))),
-                   topmostRequired(context_.services.registry));
-    if (connect) {
-      context_.library.MBSetPowerMode(id, kPowerShutDown);
-    } else {
-      context_.library.MBEnableMeasurement(id);
-    }
+    askAboutZeroError(slot, id);
     return false;
   }
 
@@ -134,7 +150,7 @@ bool Instrument::pollAio(std::size_t slot, std::int32_t id, const DetectorStatus
     lastActivity_ = now;
   }
   // The status is looked at first, so that an idle pass asks the catalogue for nothing.
-  bool fluoroRunning = status.fluoroRunning != 0 && !dataTaken_ && modeIs(catalogue::kFLUORO);
+  const bool fluoroRunning = status.fluoroRunning != 0 && !dataTaken_ && modeIs(catalogue::kFLUORO);
   if (started) {
     context_.services.sound.beep(2500, 200);
     context_.trace.trace({"beep"});
@@ -142,76 +158,78 @@ bool Instrument::pollAio(std::size_t slot, std::int32_t id, const DetectorStatus
   }
   // Everything below belongs to the pass that brings data: while a fluoroscopy runs without data yet,
   // the executive's Stop button stays enabled.
-  if (!dataReady) return true;
-
-  const AioMeasuredData data = context_.library.MBGetMeasuredData(id);
-  const MeasurementSettings& settings = context_.state.settings;
-  const bool fluoro = modeIs(catalogue::kFLUORO);
-  std::string doseRate, pulses, pulseRate, pulseWidth;
-  exposureTimeText_ =
-      FormatMeasuredValue(data.exposureTimeStatus, static_cast<float>(data.exposureTime * 0.1));
-  if (fluoro) {
-    double rate = data.doseRate;
-    switch (settings.doseRateUnit) {
-      case 2:
-        rate *= 60;
-        break;
-      case 3:
-        rate *= 60 * 60;
-        break;
-      case 4:
-        rate *= 0.01;
-        break;
-      default:
-        break;
-    }
-    doseRate = FormatMeasuredValue(data.doseRateStatus, ScaleDoseValue(rate));
-    if (settings.fluoroType == 2) {
-      pulseRate = FormatMeasuredValue(data.pulseRateStatus, static_cast<float>(data.pulseRate * 0.1));
-      pulseWidth = FormatMeasuredValue(data.pulseWidthStatus, static_cast<float>(data.pulseWidth * 0.1));
-    }
-  } else {
-    doseRate = FormatMeasuredValue(data.doseRateStatus, ScaleDoseValue(data.doseRate));
-    if (settings.timeUnit == 2) pulses = FormatMeasuredValue(data.pulsesStatus, data.pulses);
-  }
-  doseText_ = FormatMeasuredValue(data.doseStatus, ScaleDoseValue(data.dose));
-  doseStatus_ = data.doseStatus;
-  kvpText_ = FormatMeasuredValue(data.kvpAverageStatus, static_cast<float>(data.kvpAverage * 0.1));
-  std::string kvpMax = FormatMeasuredValue(data.kvpMaximumStatus, static_cast<float>(data.kvpMaximum * 0.1));
-  std::string kvpPpv = FormatMeasuredValue(data.kvpPpvStatus, static_cast<float>(data.kvpPpv * 0.1));
-  std::string hvl = FormatMeasuredValue(
-      data.hvlStatus, static_cast<float>(data.hvl * (modeIs(catalogue::kMAMMO) ? 0.01 : 0.1)));
-
-  if (fluoroRunning) events_.EnableStopButton(false);
-  context_.trace.trace({"$CheckDataStatus$ - AIO Data ready :: " + std::to_string(id)});
-  context_.trace.trace(
-      {"$CheckDataStatus$ - :: " + kvpText_ + " :: " + kvpMax + " :: " + kvpPpv + " :: " + doseText_});
-  context_.trace.trace({"$CheckDataStatus$ - :: " + doseRate + " :: " + exposureTimeText_ + " :: " + pulses +
-                        " :: " + pulseRate});
-  context_.trace.trace({"$CheckDataStatus$ - :: " + pulseWidth + " :: " + hvl});
-  context_.trace.trace({"$CheckDataStatus$ - AIO Data finished :: " + std::to_string(id)});
-  events_.DataReady(kvpText_, kvpMax, kvpPpv, doseText_, doseRate, exposureTimeText_, pulses, pulseRate,
-                    pulseWidth, hvl);
-  if (!fluoro) fluoroRunning = true;
-  if (fluoroRunning) {
-    exposureFinished_ = true;
-    aioWaveformPending_ = true;
-  }
+  if (dataReady) reportAioData(id, fluoroRunning);
   return true;
 }
 
+/// The texts of DataReady besides the members' kVp average, dose and exposure time.
+struct Instrument::AioTexts {
+  std::string doseRate, pulses, pulseRate, pulseWidth, kvpMax, kvpPpv, hvl;
+};
+
+Instrument::AioTexts Instrument::aioTexts(const AioMeasuredData& data, bool fluoro) {
+  const MeasurementSettings& settings = context_.state.settings;
+  const auto tenths = [this](std::int32_t status, double value) {
+    return FormatMeasuredValue(status, static_cast<float>(value * 0.1));
+  };
+  AioTexts texts;
+  exposureTimeText_ = tenths(data.exposureTimeStatus, data.exposureTime);
+  if (fluoro) {
+    texts.doseRate =
+        FormatMeasuredValue(data.doseRateStatus, ScaleDoseValue(data.doseRate * doseRateFactor(settings)));
+    if (settings.fluoroType == 2) {
+      texts.pulseRate = tenths(data.pulseRateStatus, data.pulseRate);
+      texts.pulseWidth = tenths(data.pulseWidthStatus, data.pulseWidth);
+    }
+  } else {
+    texts.doseRate = FormatMeasuredValue(data.doseRateStatus, ScaleDoseValue(data.doseRate));
+    if (settings.timeUnit == 2) texts.pulses = FormatMeasuredValue(data.pulsesStatus, data.pulses);
+  }
+  doseText_ = FormatMeasuredValue(data.doseStatus, ScaleDoseValue(data.dose));
+  doseStatus_ = data.doseStatus;
+  kvpText_ = tenths(data.kvpAverageStatus, data.kvpAverage);
+  texts.kvpMax = tenths(data.kvpMaximumStatus, data.kvpMaximum);
+  texts.kvpPpv = tenths(data.kvpPpvStatus, data.kvpPpv);
+  texts.hvl = FormatMeasuredValue(data.hvlStatus,
+                                  static_cast<float>(data.hvl * (modeIs(catalogue::kMAMMO) ? 0.01 : 0.1)));
+  return texts;
+}
+
+void Instrument::reportAioData(std::int32_t id, bool fluoroRunning) {
+  const AioMeasuredData data = context_.library.MBGetMeasuredData(id);
+  const bool fluoro = modeIs(catalogue::kFLUORO);
+  AioTexts texts = aioTexts(data, fluoro);
+  if (fluoroRunning) events_.EnableStopButton(false);
+  context_.trace.trace({"$CheckDataStatus$ - AIO Data ready :: " + std::to_string(id)});
+  context_.trace.trace({"$CheckDataStatus$ - :: " + kvpText_ + " :: " + texts.kvpMax + " :: " + texts.kvpPpv +
+                        " :: " + doseText_});
+  context_.trace.trace({"$CheckDataStatus$ - :: " + texts.doseRate + " :: " + exposureTimeText_ +
+                        " :: " + texts.pulses + " :: " + texts.pulseRate});
+  context_.trace.trace({"$CheckDataStatus$ - :: " + texts.pulseWidth + " :: " + texts.hvl});
+  context_.trace.trace({"$CheckDataStatus$ - AIO Data finished :: " + std::to_string(id)});
+  events_.DataReady(kvpText_, texts.kvpMax, texts.kvpPpv, doseText_, texts.doseRate, exposureTimeText_,
+                    texts.pulses, texts.pulseRate, texts.pulseWidth, texts.hvl);
+  // A radiography exposure ends with its data; a fluoroscopy ends with the data taken while it ran.
+  if (!fluoro || fluoroRunning) {
+    exposureFinished_ = true;
+    aioWaveformPending_ = true;
+  }
+}
+
 void Instrument::pollDosimeter(std::size_t slot, std::int32_t id) {
-  Catalogue& catalogue = context_.catalogue;
   const DoseMeasuredData data = context_.library.MBGetDosimeterMeasuredData(id);
   if (data.exposureStarted != 0) {
-    if (context_.state.alerts[slot].sleeping != kVBFalse) {
-      lastActivity_ = context_.services.clock.milliseconds();
-      closeSleepNotice(slot);
-      events_.AddWakeUpButton(false);
-    }
+    wakeFromSleep(slot);
     context_.services.sound.beep(2500, 200);
   }
+  showDosimeterNotices(data);
+  if (!errorNoticeShown_ && data.dataAvailable != 0 && !dataTaken_ && data.integrating == 0)
+    reportDosimeterData(id, data);
+  if (data.exposureEnded != 0 || data.autoResetDone != 0) exposureFinished_ = true;
+}
 
+void Instrument::showDosimeterNotices(const DoseMeasuredData& data) {
+  Catalogue& catalogue = context_.catalogue;
   std::string error;
   if (data.temperatureState == kSensorError) error += catalogue.text(catalogue::kTemperature);
   if (data.pressureState == kSensorError) error += catalogue.text(catalogue::kPressure);
@@ -232,50 +250,29 @@ void Instrument::pollDosimeter(std::size_t slot, std::int32_t id) {
     events_.DisplaySensorResetMsg(false);
     sensorResetNoticeShown_ = false;
   }
+}
 
-  if (!errorNoticeShown_ && data.dataAvailable != 0 && !dataTaken_ && data.integrating == 0) {
-    const std::string separator = context_.services.locale.decimalSeparator();
-    double temperature = data.temperature;
-    if (temperatureUnit_ == 2) temperature = temperature * 1.8 + 32;
-    if (temperatureUnit_ == 3) temperature = temperature + 273.15;
-    double pressure = data.pressure;
-    bool pressureDecimal = false;
-    switch (pressureUnit_) {
-      case 1:
-        pressure *= 0.03937008;
-        pressureDecimal = true;
-        break;
-      case 3:
-      case 4:
-        pressure *= 1.333224;
-        break;
-      case 5:
-        pressure *= 0.0446033;
-        pressureDecimal = true;
-        break;
-      case 6:
-        pressure *= 0.01359554;
-        pressureDecimal = true;
-        break;
-      default:
-        break;
-    }
-    const std::string temperatureText = formatPicture(temperature, 1, 1, separator);
-    const std::string pressureText =
-        pressureDecimal ? formatPicture(pressure, 1, 1, separator) : formatPicture(pressure, 2, 0, separator);
-    const std::string leakage = formatPicture(data.leakageCurrent * 1000000000000.0, 1, 3, separator);
-    doseText_ = FormatMeasuredValue(data.doseStatus, data.dose);
-    doseStatus_ = data.doseStatus;
-    const std::string doseRate = FormatMeasuredValue(data.doseRateStatus, data.doseRate);
-    const std::string adcf = formatPicture(data.adcf, 1, 3, separator);
-    const std::string bias = formatPicture(data.biasVoltage, 1, 1, separator);
-    context_.trace.trace({"$CheckDataStatus$ - KALMET Data ready :: " + std::to_string(id)});
-    context_.trace.trace({"$CheckDataStatus$ - :: " + temperatureText + " :: " + pressureText + " :: " +
-                          adcf + " :: " + leakage + " :: " + doseText_ + " :: " + doseRate + " :: " + bias});
-    context_.trace.trace({"$CheckDataStatus$ - KALMET Data finished :: " + std::to_string(id)});
-    events_.TestSWDataReady(temperatureText, pressureText, adcf, leakage, doseText_, doseRate, bias);
-  }
-  if (data.exposureEnded != 0 || data.autoResetDone != 0) exposureFinished_ = true;
+void Instrument::reportDosimeterData(std::int32_t id, const DoseMeasuredData& data) {
+  const std::string separator = context_.services.locale.decimalSeparator();
+  double temperature = data.temperature;
+  if (temperatureUnit_ == 2) temperature = temperature * 1.8 + 32;
+  if (temperatureUnit_ == 3) temperature = temperature + 273.15;
+  const PressureUnit unit = pressureUnit(pressureUnit_);
+  const double pressure = data.pressure * unit.factor;
+  const std::string temperatureText = formatPicture(temperature, 1, 1, separator);
+  const std::string pressureText =
+      unit.decimal ? formatPicture(pressure, 1, 1, separator) : formatPicture(pressure, 2, 0, separator);
+  const std::string leakage = formatPicture(data.leakageCurrent * 1000000000000.0, 1, 3, separator);
+  doseText_ = FormatMeasuredValue(data.doseStatus, data.dose);
+  doseStatus_ = data.doseStatus;
+  const std::string doseRate = FormatMeasuredValue(data.doseRateStatus, data.doseRate);
+  const std::string adcf = formatPicture(data.adcf, 1, 3, separator);
+  const std::string bias = formatPicture(data.biasVoltage, 1, 1, separator);
+  context_.trace.trace({"$CheckDataStatus$ - KALMET Data ready :: " + std::to_string(id)});
+  context_.trace.trace({"$CheckDataStatus$ - :: " + temperatureText + " :: " + pressureText + " :: " + adcf +
+                        " :: " + leakage + " :: " + doseText_ + " :: " + doseRate + " :: " + bias});
+  context_.trace.trace({"$CheckDataStatus$ - KALMET Data finished :: " + std::to_string(id)});
+  events_.TestSWDataReady(temperatureText, pressureText, adcf, leakage, doseText_, doseRate, bias);
 }
 
 void Instrument::pollMas(std::int32_t id, std::int32_t kind) {
@@ -310,7 +307,7 @@ void Instrument::pollMas(std::int32_t id, std::int32_t kind) {
   std::string pulses = FormatMeasuredValue(data.pulsesStatus, data.pulses);
   std::string dosePerMas;
   const bool validMas = data.mAsStatus == 1 || data.mAsStatus == 2 || data.mAsStatus == 4;
-  if ((kind == 4 || kind == 5) && data.mAs != 0 && validMas) {
+  if ((hasAioPart(kind) || hasDosePart(kind)) && data.mAs != 0 && validMas) {
     dosePerMas = FormatMeasuredValue(doseStatus_, static_cast<float>(valOS(doseText_) / data.mAs));
   }
   context_.trace.trace({"$CheckDataStatus$ - mAs Data ready :: " + std::to_string(id)});
@@ -348,23 +345,23 @@ void Instrument::announceWaveforms() {
         masWaveformPending_ = false;
       }
     };
-    switch (state.kindAt(0)) {
-      case 2:
+    switch (detectorType(state.kindAt(0))) {
+      case DetectorType::Mas:
         mas();
         exposureFinished_ = true;  // no all-in-one measurement to wait for
         break;
-      case 1:
+      case DetectorType::Aio:
         aio();
         masExposureFinished_ = true;
         break;
-      case 3:
+      case DetectorType::Dose:
         masExposureFinished_ = true;  // a dosimeter has no waveform
         break;
-      case 4:
+      case DetectorType::AioMas:
         aio();
         mas();
         break;
-      case 5:
+      case DetectorType::DoseMas:
         if (exposureFinished_) events_.EnableStopButton(false);
         mas();
         break;
@@ -376,14 +373,14 @@ void Instrument::announceWaveforms() {
   for (std::size_t slot = 0; slot < state.slotCount() && exposureFinished_ && masExposureFinished_; ++slot) {
     const std::int32_t id = state.identifierAt(slot);
     if (id < 1) continue;
-    switch (state.kindAt(slot)) {
-      case 2:
+    switch (detectorType(state.kindAt(slot))) {
+      case DetectorType::Mas:
         announceWaveform(false, id);
         break;
-      case 1:
+      case DetectorType::Aio:
         announceWaveform(true, id);
         break;
-      case 3:
+      case DetectorType::Dose:
         // A dosimeter among several detectors counts a waveform without announcing one.
         events_.EnableStopButton(false);
         context_.trace.trace({"$CheckDataStatus$ - mAs waveform is initialized :: " + std::to_string(id)});
@@ -405,19 +402,15 @@ bool Instrument::CheckDataStatus() {
       lastStatus_ = status;
       if (!pollConnectionAndBattery(slot, id, status)) continue;
       const std::int32_t kind = state.kindAt(slot);
-      if (isAioKind(kind) && !exposureFinished_ && !pollAio(slot, id, status)) return false;
-      if (isDoseKind(kind) && !exposureFinished_) pollDosimeter(slot, id);
-      if (hasMas(kind) && !masExposureFinished_) pollMas(id, kind);
+      if (hasAioPart(kind) && !exposureFinished_ && !pollAio(slot, id, status)) return false;
+      if (hasDosePart(kind) && !exposureFinished_) pollDosimeter(slot, id);
+      if (hasMasPart(kind) && !masExposureFinished_) pollMas(id, kind);
     }
     announceWaveforms();
     const bool finished = exposureFinished_ && masExposureFinished_;
     if (finished) {
       context_.trace.trace({kOneExposureFinished});
-      exposureFinished_ = false;
-      masExposureFinished_ = false;
-      aioWaveformPending_ = false;
-      masWaveformPending_ = false;
-      doseText_.clear();
+      ResetTheFlags();
     }
     return finished;
   } catch (...) {

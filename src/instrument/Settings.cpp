@@ -3,18 +3,13 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/DetectorType.h"
 #include "core/NumberText.h"
+#include "core/Text.h"
 #include "instrument/Instrument.h"
 
 namespace rx9400 {
 namespace {
-
-bool isAioKind(std::int32_t kind) {
-  return kind == 1 || kind == 4;
-}
-bool isDoseKind(std::int32_t kind) {
-  return kind == 3 || kind == 5;
-}
 
 /// `value` when it lies in [low, high], else `fallback`.
 std::int32_t inRangeOr(std::int32_t value, std::int32_t low, std::int32_t high, std::int32_t fallback) {
@@ -35,7 +30,7 @@ template <typename Action>
 void Instrument::forAioSlots(Action action) {
   for (std::size_t slot = 0; slot < context_.state.slotCount(); ++slot) {
     const std::int32_t id = context_.state.identifierAt(slot);
-    if (id >= 1 && isAioKind(context_.state.kindAt(slot))) action(id);
+    if (id >= 1 && hasAioPart(context_.state.kindAt(slot))) action(id);
   }
 }
 
@@ -335,7 +330,7 @@ void Instrument::ChangeAllsettings() {
   try {
     for (std::size_t slot = 0; slot < context_.state.slotCount(); ++slot) {
       const std::int32_t id = context_.state.identifierAt(slot);
-      if (id >= 1 && isDoseKind(context_.state.kindAt(slot))) repairDosimeterRecords(id);
+      if (id >= 1 && hasDosePart(context_.state.kindAt(slot))) repairDosimeterRecords(id);
     }
   } catch (...) {
   }

@@ -1,16 +1,16 @@
 // The deletion dialog (frmDeleteIC): the user ticks chambers and cal factors and deletes them from the
 // dosimeter in one step. Ticks live in a working copy of the table; only Delete changes the table.
 //
-// Choices where the rules leave room: one column per list, in table order; the wait notice shows while
+// In detail: one column per list, in table order; the wait notice shows while
 // the dosimeter deletes; with no dosimeter connected Delete says so and changes nothing.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "core/DialogView.h"
 #include "core/PluginContext.h"
 #include "ionchamber/IonChamberTable.h"
-#include "session/DialogView.h"
 
 namespace rx9400 {
 

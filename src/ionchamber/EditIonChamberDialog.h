@@ -2,7 +2,7 @@
 // a new cal factor of a chamber, or a chamber's and one factor's new names and constant. The dosimeter
 // is told first; the table changes only when it accepted.
 //
-// Choices where the rules leave room: the window title is the opener's caption and the mode's short
+// In detail: the window title is the opener's caption and the mode's short
 // caption heads the fields; validation boxes carry the window title (the cal factor name clash of an
 // edit carries "Edit CF"); with no dosimeter connected, OK refuses with a message after the checks.
 #pragma once
@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include "core/DialogView.h"
 #include "core/PluginContext.h"
-#include "session/DialogView.h"
 
 namespace rx9400 {
 

@@ -1,11 +1,11 @@
 // The ion chamber setup dialog's presenter.
 #include "ionchamber/IonChamberSetupDialog.h"
 
+#include "core/DialogFactory.h"
 #include "core/NumberText.h"
 #include "core/Placement.h"
 #include "ionchamber/DeleteIonChamberDialog.h"
 #include "ionchamber/EditIonChamberDialog.h"
-#include "session/DialogFactory.h"
 
 namespace rx9400 {
 

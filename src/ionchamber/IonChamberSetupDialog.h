@@ -2,7 +2,7 @@
 // dosimeter measures with, and opens the editor and the deletion dialog from here. Continue hands the
 // choice to every connected dosimeter.
 //
-// Choices where the rules leave room: choosing a chamber preselects its first cal factor (or the
+// In detail: choosing a chamber preselects its first cal factor (or the
 // factor chosen before, when it belongs to that chamber); after an addition the new chamber or factor
 // is chosen; when the editor is cancelled the entry chosen before "New" is chosen again.
 #pragma once
@@ -13,8 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include "core/DialogView.h"
 #include "core/PluginContext.h"
-#include "session/DialogView.h"
 
 namespace rx9400 {
 

@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "core/CatalogueLiterals.h"
-#include "core/NumberText.h"
+#include "core/Text.h"
 
 namespace rx9400 {
 

@@ -3,22 +3,13 @@
 
 #include <algorithm>
 
+#include "core/DetectorType.h"
 #include "core/NumberText.h"
 #include "core/Placement.h"
 #include "ionchamber/DatePicker.h"
 
 namespace rx9400 {
 namespace {
-
-bool isAio(std::int32_t typeCode) {
-  return typeCode == 1 || typeCode == 4;
-}
-bool isDose(std::int32_t typeCode) {
-  return typeCode == 3 || typeCode == 5;
-}
-bool hasMas(std::int32_t typeCode) {
-  return typeCode == 2 || typeCode == 4 || typeCode == 5;
-}
 
 std::string versionPair(std::uint8_t firstMajor, std::uint8_t firstMinor, std::uint8_t secondMajor,
                         std::uint8_t secondMinor) {
@@ -28,33 +19,16 @@ std::string versionPair(std::uint8_t firstMajor, std::uint8_t firstMinor, std::u
 
 }  // namespace
 
-std::string detectorKindWord(std::int32_t typeCode) {
-  switch (typeCode) {
-    case 1:
-      return "AIO";
-    case 2:
-      return "MAS";
-    case 3:
-      return "DOSE";
-    case 4:
-      return "AIO+MAS";
-    case 5:
-      return "DOSE+MAS";
-    default:
-      return "?";
-  }
-}
-
 bool offersKind(std::int32_t typeCode, std::int32_t requested) {
   switch (requested) {
     case 0:
       return true;
     case 1:
-      return isAio(typeCode);
+      return hasAioPart(typeCode);
     case 2:
-      return hasMas(typeCode);
+      return hasMasPart(typeCode);
     case 3:
-      return isDose(typeCode);
+      return hasDosePart(typeCode);
     default:
       return typeCode == requested;
   }
@@ -148,7 +122,7 @@ bool ConnectDialog::refuse(const std::vector<std::size_t>& ticked) {
     const std::int32_t type = detectorTypes_[index];
     const std::int32_t requested = context_.state.requestedDetectorType;
     if (!offersKind(type, requested)) {
-      const bool dosimeter = requested == 3 || requested == 5;
+      const bool dosimeter = hasDosePart(requested);
       const std::string kind = catalogue.text(dosimeter ? catalogue::kKalmetWord : catalogue::kRX9400Word);
       context_.services.messageBoxes.show(catalogue.text(catalogue::kDetectorDoesNotSupport, kind),
                                           catalogue.text(catalogue::kPlugInResponse), kBoxCritical);
@@ -182,10 +156,10 @@ void ConnectDialog::connectClicked() {
     const struct {
       bool (*belongs)(std::int32_t);
       const char* line;
-    } kinds[] = {
-        {isAio, "$SaveNConnectToDetectors$ - AIO Detector :: "},
-        {isDose, "$SaveNConnectToDetectors$ - DOSE Detector :: "},
-        {[](std::int32_t type) { return type == 2; }, "$SaveNConnectToDetectors$ - MAS Detector :: "}};
+    } kinds[] = {{hasAioPart, "$SaveNConnectToDetectors$ - AIO Detector :: "},
+                 {hasDosePart, "$SaveNConnectToDetectors$ - DOSE Detector :: "},
+                 {[](std::int32_t type) { return detectorType(type) == DetectorType::Mas; },
+                  "$SaveNConnectToDetectors$ - MAS Detector :: "}};
     for (const auto& kind : kinds) {
       for (const std::size_t index : ticked) {
         if (!kind.belongs(detectorTypes_[index])) continue;

@@ -1,7 +1,7 @@
 // The connect dialog (FConnect): lists the detectors the scan found, shows the chosen one's
 // calibration dates and versions, and connects the ticked detectors into the shared detector table.
 //
-// Choices where the detectors leave room: any combination of detectors may be ticked together; the
+// In detail: any combination of detectors may be ticked together; the
 // dialog stays open after a refusal or a failed connection so that the user can choose again; a
 // detector requested through SendDetectorType refuses every ticked detector that lacks that kind
 // (see offersKind); the self-test result and the calibration dates come from each detector's
@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "core/DialogView.h"
 #include "core/PluginContext.h"
-#include "session/DialogView.h"
 
 namespace rx9400 {
 
@@ -45,8 +45,6 @@ class ConnectDialogView : public DialogView {
   virtual void setRadioStates(int usb, int zigBee) = 0;
 };
 
-/// The kind word of a detector type code in the list.
-std::string detectorKindWord(std::int32_t typeCode);
 /// True when a detector of `typeCode` offers the kind `requested` (1 AIO, 2 mAs meter, 3 dosimeter,
 /// 4 and 5 exactly those combinations); a request of 0 accepts every detector.
 bool offersKind(std::int32_t typeCode, std::int32_t requested);

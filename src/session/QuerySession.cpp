@@ -5,11 +5,13 @@
 #include <sstream>
 #include <vector>
 
+#include "core/DetectorType.h"
+#include "core/DialogFactory.h"
 #include "core/NumberText.h"
+#include "core/Text.h"
 #include "core/Placement.h"
 #include "ionchamber/DatePicker.h"
 #include "session/ConnectDialog.h"
-#include "session/DialogFactory.h"
 #include "session/ScanDialog.h"
 
 namespace rx9400 {
@@ -224,7 +226,7 @@ void QuerySession::reportCalibration() {
       }
       const bool overdue = datesValid && daysBetween(context_.services.datePicker.today(), due) < 0;
       const std::vector<std::string> filters =
-          kind == 1 || kind == 4 ? invalidTargetFilters(info.identifier) : std::vector<std::string>{};
+          hasAioPart(kind) ? invalidTargetFilters(info.identifier) : std::vector<std::string>{};
       if (!overdue && filters.empty()) continue;
 
       // An overdue detector's lines stand 18 blanks in, its filters 3 more; a detector in date has

@@ -2,8 +2,8 @@
 // from a timer, with an animated picture, until the library reports the end or the user stops it.
 #pragma once
 
+#include "core/DialogView.h"
 #include "core/PluginContext.h"
-#include "session/DialogView.h"
 
 namespace rx9400 {
 

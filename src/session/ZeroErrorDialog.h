@@ -4,8 +4,8 @@
 
 #include <string>
 
+#include "core/DialogView.h"
 #include "core/PluginContext.h"
-#include "session/DialogView.h"
 
 namespace rx9400 {
 

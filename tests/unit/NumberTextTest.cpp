@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "core/NumberText.h"
+#include "core/Text.h"
 #include "core/SampleText.h"
 
 namespace rx9400 {

@@ -2,7 +2,6 @@
 #include "win/dialogs/Win32Dialog.h"
 
 #include "win/ComSupport.h"
-#include "win/Win32Platform.h"
 
 namespace rx9400::win {
 
@@ -21,31 +20,23 @@ void Win32Dialog::endModal() {
 
 WindowHandle Win32Dialog::focusedControlHandle() const {
   HWND focus = GetFocus();
-  return reinterpret_cast<WindowHandle>(focus != nullptr && IsChild(dialog_, focus) ? focus : dialog_);
-}
-
-void Win32Dialog::setWindowTitle(const std::string& title) {
-  SetWindowTextW(dialog_, toWide(title).c_str());
+  return asWindowHandle(focus != nullptr && IsChild(dialog_, focus) ? focus : dialog_);
 }
 
 std::vector<std::string> Win32Dialog::controlCaptions() const {
   std::vector<std::string> captions;
-  for (const int id : captionIds_) {
-    wchar_t text[512] = {};
-    GetDlgItemTextW(dialog_, id, text, 512);
-    captions.push_back(fromWide(text));
-  }
+  for (const int id : captionIds_) captions.push_back(windowText(control(id)));
   return captions;
 }
 
 void Win32Dialog::setControlCaptions(const std::vector<std::string>& captions) {
   for (std::size_t i = 0; i < captions.size() && i < captionIds_.size(); ++i) {
-    SetDlgItemTextW(dialog_, captionIds_[i], toWide(captions[i]).c_str());
+    setWindowText(control(captionIds_[i]), captions[i]);
   }
 }
 
 void Win32Dialog::setControlText(int id, const std::string& text) {
-  SetDlgItemTextW(dialog_, id, toWide(text).c_str());
+  setWindowText(control(id), text);
 }
 
 bool Win32Dialog::onMessage(UINT, WPARAM, LPARAM, INT_PTR&) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/WindowSystem.h"
+#include "win/dialogs/DialogControls.h"
 
 namespace rx9400::win {
 
@@ -25,12 +26,11 @@ class Win32Dialog {
   void runModal();
   void endModal();
   HWND handle() const { return dialog_; }
-  WindowHandle windowHandle() const { return reinterpret_cast<WindowHandle>(dialog_); }
   WindowHandle focusedControlHandle() const;
-  void setWindowTitle(const std::string& title);
   std::vector<std::string> controlCaptions() const;
   void setControlCaptions(const std::vector<std::string>& captions);
   void setControlText(int id, const std::string& text);
+  HWND control(int id) const { return GetDlgItem(dialog_, id); }
 
  protected:
   /// The dialog exists: the presenter's load runs here.
@@ -57,19 +57,42 @@ class Win32Dialog {
 
 namespace rx9400::win {
 
-/// A Win32 dialog as one of the session's view interfaces: the parts every view shares.
-template <typename View>
+/// A Win32 dialog as the view of one presenter: attaches the presenter, lets it load once the dialog
+/// exists and tells it of each activation, and passes it the buttons pressed. A view adds only its
+/// resource, its captions and what its own controls need.
+template <typename View, typename Presenter>
 class Win32DialogView : public Win32Dialog, public View {
  public:
   using Win32Dialog::Win32Dialog;
 
+  void attach(Presenter& presenter) override { presenter_ = &presenter; }
   void showModal() override { runModal(); }
   void hide() override { endModal(); }
-  WindowHandle window() override { return windowHandle(); }
+  WindowHandle window() override { return asWindowHandle(handle()); }
   WindowHandle focusedControl() override { return focusedControlHandle(); }
-  void setTitle(const std::string& title) override { setWindowTitle(title); }
+  void setTitle(const std::string& title) override { setWindowText(handle(), title); }
   std::vector<std::string> captions() override { return controlCaptions(); }
   void setCaptions(const std::vector<std::string>& captions) override { setControlCaptions(captions); }
+
+ protected:
+  /// The view's own set-up of its controls, before the presenter loads.
+  virtual void prepare() {}
+  /// A button was pressed (IDCANCEL: the window was closed).
+  virtual void clicked(Presenter& presenter, int id) = 0;
+
+  Presenter* presenter_ = nullptr;
+
+ private:
+  void onInit() final {
+    prepare();
+    if (presenter_ != nullptr) presenter_->load();
+  }
+  void onActivate() final {
+    if (presenter_ != nullptr) presenter_->activated();
+  }
+  void onCommand(int id) final {
+    if (presenter_ != nullptr) clicked(*presenter_, id);
+  }
 };
 
 }  // namespace rx9400::win

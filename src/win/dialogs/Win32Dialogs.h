@@ -1,7 +1,7 @@
 // The plug-in's dialogs as Win32 dialogs.
 #pragma once
 
-#include "session/DialogFactory.h"
+#include "core/DialogFactory.h"
 
 namespace rx9400::win {
 

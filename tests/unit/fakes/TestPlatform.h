@@ -16,8 +16,14 @@
 #include <utility>
 #include <vector>
 
+#include "core/DialogFactory.h"
 #include "core/PluginContext.h"
-#include "session/DialogFactory.h"
+#include "ionchamber/DeleteIonChamberDialog.h"
+#include "ionchamber/EditIonChamberDialog.h"
+#include "ionchamber/IonChamberSetupDialog.h"
+#include "session/ConnectDialog.h"
+#include "session/ScanDialog.h"
+#include "session/ZeroErrorDialog.h"
 
 namespace rx9400::testing {
 

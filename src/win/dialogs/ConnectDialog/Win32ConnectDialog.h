@@ -6,24 +6,20 @@
 
 namespace rx9400::win {
 
-class Win32ConnectDialog final : public Win32DialogView<ConnectDialogView> {
+class Win32ConnectDialog final : public Win32DialogView<ConnectDialogView, ConnectDialog> {
  public:
   Win32ConnectDialog();
 
-  void attach(ConnectDialog& presenter) override { presenter_ = &presenter; }
   void setRows(const std::vector<DetectorRow>& rows) override;
   std::vector<bool> tickedRows() override;
   void setDetails(const DetectorDetails& details) override;
   void setRadioStates(int usb, int zigBee) override;
 
  private:
-  void onInit() override;
-  void onActivate() override;
-  void onCommand(int id) override;
+  void prepare() override;
+  void clicked(ConnectDialog& presenter, int id) override;
   bool onMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result) override;
-  HWND list() const;
 
-  ConnectDialog* presenter_ = nullptr;
   int usb_ = 0;
   int zigBee_ = 0;
   bool filling_ = false;

@@ -1,11 +1,6 @@
 // The deletion dialog as a Win32 dialog.
 #include "win/dialogs/DeleteIonChamber/Win32DeleteIonChamberDialog.h"
 
-#include <windows.h>
-
-#include <commctrl.h>
-
-#include "win/Win32Platform.h"
 #include "win/dialogs/DeleteIonChamber/DeleteIonChamberIds.h"
 
 namespace rx9400::win {
@@ -22,28 +17,18 @@ Win32DeleteIonChamberDialog::Win32DeleteIonChamberDialog()
     : Win32DialogView(IDD_DELETE_ION_CHAMBER, {IDC_DELETE_CHAMBERS_LABEL, IDC_DELETE_CAL_FACTORS_LABEL,
                                                IDC_DELETE_WAIT, IDC_DELETE_DELETE, IDC_DELETE_CANCEL}) {}
 
-void Win32DeleteIonChamberDialog::onInit() {
+void Win32DeleteIonChamberDialog::prepare() {
   for (const int id : {IDC_DELETE_CHAMBERS, IDC_DELETE_CAL_FACTORS}) {
-    ListView_SetExtendedListViewStyle(list(id), LVS_EX_CHECKBOXES | LVS_EX_FULLROWSELECT);
-    // One column as wide as the list, its vertical scroll bar left room.
+    // One column as wide as the list, less its vertical scroll bar.
     RECT client{};
-    GetClientRect(list(id), &client);
-    LVCOLUMNW column{};
-    column.mask = LVCF_WIDTH;
-    column.cx = client.right - GetSystemMetrics(SM_CXVSCROLL);
-    ListView_InsertColumn(list(id), 0, &column);
+    GetClientRect(control(id), &client);
+    setUpCheckList(control(id), {static_cast<int>(client.right - GetSystemMetrics(SM_CXVSCROLL))});
   }
-  if (presenter_ != nullptr) presenter_->load();
 }
 
-void Win32DeleteIonChamberDialog::onActivate() {
-  if (presenter_ != nullptr) presenter_->activated();
-}
-
-void Win32DeleteIonChamberDialog::onCommand(int id) {
-  if (presenter_ == nullptr) return;
-  if (id == IDC_DELETE_DELETE) presenter_->deleteClicked();
-  if (id == IDC_DELETE_CANCEL) presenter_->cancelClicked();
+void Win32DeleteIonChamberDialog::clicked(DeleteIonChamberDialog& presenter, int id) {
+  if (id == IDC_DELETE_DELETE) presenter.deleteClicked();
+  if (id == IDC_DELETE_CANCEL) presenter.cancelClicked();
 }
 
 bool Win32DeleteIonChamberDialog::onMessage(UINT message, WPARAM, LPARAM lParam, INT_PTR&) {
@@ -71,29 +56,18 @@ bool Win32DeleteIonChamberDialog::onMessage(UINT message, WPARAM, LPARAM lParam,
 void Win32DeleteIonChamberDialog::fill(int id, const std::vector<std::string>& names,
                                        const std::vector<bool>& ticks) {
   filling_ = true;
-  HWND items = list(id);
+  HWND items = control(id);
   ListView_DeleteAllItems(items);
   for (std::size_t i = 0; i < names.size(); ++i) {
-    std::wstring name = toWide(names[i]);
-    LVITEMW item{};
-    item.mask = LVIF_TEXT;
-    item.iItem = static_cast<int>(i);
-    item.pszText = name.data();
-    const int index =
-        static_cast<int>(SendMessageW(items, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item)));
-    ListView_SetCheckState(items, index, i < ticks.size() && ticks[i] ? TRUE : FALSE);
+    const int row = addRow(items, {names[i]});
+    ListView_SetCheckState(items, row, i < ticks.size() && ticks[i] ? TRUE : FALSE);
   }
   filling_ = false;
 }
 
 void Win32DeleteIonChamberDialog::select(int id, int index) {
   filling_ = true;
-  HWND items = list(id);
-  ListView_SetItemState(items, -1, 0, LVIS_SELECTED | LVIS_FOCUSED);
-  if (index >= 0) {
-    ListView_SetItemState(items, index, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
-    ListView_EnsureVisible(items, index, FALSE);
-  }
+  selectRow(control(id), index);
   filling_ = false;
 }
 
@@ -117,7 +91,7 @@ void Win32DeleteIonChamberDialog::selectCalFactorItem(int index) {
 
 void Win32DeleteIonChamberDialog::setChamberTicked(int index, bool ticked) {
   filling_ = true;
-  ListView_SetCheckState(list(IDC_DELETE_CHAMBERS), index, ticked ? TRUE : FALSE);
+  ListView_SetCheckState(control(IDC_DELETE_CHAMBERS), index, ticked ? TRUE : FALSE);
   filling_ = false;
 }
 
@@ -126,14 +100,14 @@ void Win32DeleteIonChamberDialog::setCalConstantText(const std::string& text) {
 }
 
 void Win32DeleteIonChamberDialog::setWaitMessageVisible(bool visible) {
-  HWND wait = GetDlgItem(handle(), IDC_DELETE_WAIT);
+  HWND wait = control(IDC_DELETE_WAIT);
   ShowWindow(wait, visible ? SW_SHOW : SW_HIDE);
   // The dosimeter deletes within this handler: the notice must show before it starts.
   UpdateWindow(wait);
 }
 
 WindowHandle Win32DeleteIonChamberDialog::cancelButton() {
-  return reinterpret_cast<WindowHandle>(GetDlgItem(handle(), IDC_DELETE_CANCEL));
+  return asWindowHandle(control(IDC_DELETE_CANCEL));
 }
 
 }  // namespace rx9400::win

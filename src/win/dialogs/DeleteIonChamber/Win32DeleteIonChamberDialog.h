@@ -6,11 +6,11 @@
 
 namespace rx9400::win {
 
-class Win32DeleteIonChamberDialog final : public Win32DialogView<DeleteIonChamberView> {
+class Win32DeleteIonChamberDialog final
+    : public Win32DialogView<DeleteIonChamberView, DeleteIonChamberDialog> {
  public:
   Win32DeleteIonChamberDialog();
 
-  void attach(DeleteIonChamberDialog& presenter) override { presenter_ = &presenter; }
   void setChamberItems(const std::vector<std::string>& names, const std::vector<bool>& ticks) override;
   void setCalFactorItems(const std::vector<std::string>& names, const std::vector<bool>& ticks) override;
   void selectChamberItem(int index) override;
@@ -21,15 +21,12 @@ class Win32DeleteIonChamberDialog final : public Win32DialogView<DeleteIonChambe
   WindowHandle cancelButton() override;
 
  private:
-  void onInit() override;
-  void onActivate() override;
-  void onCommand(int id) override;
+  void prepare() override;
+  void clicked(DeleteIonChamberDialog& presenter, int id) override;
   bool onMessage(UINT message, WPARAM wParam, LPARAM lParam, INT_PTR& result) override;
-  HWND list(int id) const { return GetDlgItem(handle(), id); }
   void fill(int id, const std::vector<std::string>& names, const std::vector<bool>& ticks);
   void select(int id, int index);
 
-  DeleteIonChamberDialog* presenter_ = nullptr;
   /// The view changes a list itself: its notifications are not the user's.
   bool filling_ = false;
 };

@@ -3,7 +3,6 @@
 
 #include <array>
 
-#include "win/Win32Platform.h"
 #include "win/dialogs/EditIonChamber/EditIonChamberIds.h"
 
 namespace rx9400::win {
@@ -25,12 +24,6 @@ bool fieldOf(int id, EditorField& which) {
   return false;
 }
 
-std::wstring controlText(HWND control) {
-  std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(control)) + 1, L'\0');
-  text.resize(static_cast<std::size_t>(GetWindowTextW(control, text.data(), static_cast<int>(text.size()))));
-  return text;
-}
-
 }  // namespace
 
 Win32EditIonChamberDialog::Win32EditIonChamberDialog()
@@ -39,26 +32,20 @@ Win32EditIonChamberDialog::Win32EditIonChamberDialog()
                        IDC_EDIT_EXPONENT_LABEL, IDC_EDIT_OK, IDC_EDIT_CANCEL}) {}
 
 HWND Win32EditIonChamberDialog::field(EditorField which) const {
-  return GetDlgItem(handle(), kFieldIds.at(static_cast<std::size_t>(which)));
+  return control(kFieldIds.at(static_cast<std::size_t>(which)));
 }
 
-void Win32EditIonChamberDialog::onInit() {
+void Win32EditIonChamberDialog::prepare() {
   for (std::size_t i = 0; i < kFieldIds.size(); ++i) {
-    HWND edit = GetDlgItem(handle(), kFieldIds[i]);
+    HWND edit = control(kFieldIds[i]);
     SetWindowSubclass(edit, fieldProcedure, 1, reinterpret_cast<DWORD_PTR>(this));
     if (i < 2) SendMessageW(edit, EM_LIMITTEXT, kNameLimit, 0);
   }
-  if (presenter_ != nullptr) presenter_->load();
 }
 
-void Win32EditIonChamberDialog::onActivate() {
-  if (presenter_ != nullptr) presenter_->activated();
-}
-
-void Win32EditIonChamberDialog::onCommand(int id) {
-  if (presenter_ == nullptr) return;
-  if (id == IDC_EDIT_OK) presenter_->okClicked();
-  if (id == IDC_EDIT_CANCEL) presenter_->cancelClicked();
+void Win32EditIonChamberDialog::clicked(EditIonChamberDialog& presenter, int id) {
+  if (id == IDC_EDIT_OK) presenter.okClicked();
+  if (id == IDC_EDIT_CANCEL) presenter.cancelClicked();
 }
 
 bool Win32EditIonChamberDialog::onNotification(int id, int code) {
@@ -74,7 +61,7 @@ bool Win32EditIonChamberDialog::acceptsCharacter(HWND edit, EditorField which, W
   if (presenter_ == nullptr) return true;
   DWORD start = 0, end = 0;
   SendMessageW(edit, EM_GETSEL, reinterpret_cast<WPARAM>(&start), reinterpret_cast<LPARAM>(&end));
-  return presenter_->acceptsKey(which, fromWide(controlText(edit)), static_cast<int>(start),
+  return presenter_->acceptsKey(which, windowText(edit), static_cast<int>(start),
                                 static_cast<int>(end - start), static_cast<char>(character));
 }
 
@@ -98,11 +85,11 @@ LRESULT CALLBACK Win32EditIonChamberDialog::fieldProcedure(HWND edit, UINT messa
 }
 
 std::string Win32EditIonChamberDialog::fieldText(EditorField which) {
-  return fromWide(controlText(field(which)));
+  return windowText(field(which));
 }
 
 void Win32EditIonChamberDialog::setFieldText(EditorField which, const std::string& text) {
-  SetWindowTextW(field(which), toWide(text).c_str());
+  setWindowText(field(which), text);
 }
 
 void Win32EditIonChamberDialog::focusField(EditorField which) {
@@ -115,25 +102,19 @@ void Win32EditIonChamberDialog::setHeading(const std::string& text) {
 }
 
 void Win32EditIonChamberDialog::setUnitEntries(const std::vector<std::string>& entries) {
-  HWND units = GetDlgItem(handle(), IDC_EDIT_UNIT);
-  SendMessageW(units, CB_RESETCONTENT, 0, 0);
-  for (const std::string& entry : entries) {
-    const std::wstring text = toWide(entry);
-    SendMessageW(units, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
-  }
+  setEntries(control(IDC_EDIT_UNIT), entries, CB_RESETCONTENT, CB_ADDSTRING);
 }
 
 void Win32EditIonChamberDialog::selectUnit(int index) {
-  SendDlgItemMessageW(handle(), IDC_EDIT_UNIT, CB_SETCURSEL, static_cast<WPARAM>(index), 0);
+  SendMessageW(control(IDC_EDIT_UNIT), CB_SETCURSEL, static_cast<WPARAM>(index), 0);
 }
 
 int Win32EditIonChamberDialog::unitEntry() {
-  const LRESULT entry = SendDlgItemMessageW(handle(), IDC_EDIT_UNIT, CB_GETCURSEL, 0, 0);
-  return entry == CB_ERR ? -1 : static_cast<int>(entry);
+  return chosenEntry(control(IDC_EDIT_UNIT), CB_GETCURSEL);
 }
 
 WindowHandle Win32EditIonChamberDialog::okButton() {
-  return reinterpret_cast<WindowHandle>(GetDlgItem(handle(), IDC_EDIT_OK));
+  return asWindowHandle(control(IDC_EDIT_OK));
 }
 
 }  // namespace rx9400::win

@@ -1,20 +1,15 @@
 // The ion chamber and cal factor editor as a Win32 dialog.
 #pragma once
 
-#include <windows.h>
-
-#include <commctrl.h>
-
 #include "ionchamber/EditIonChamberDialog.h"
 #include "win/dialogs/Win32Dialog.h"
 
 namespace rx9400::win {
 
-class Win32EditIonChamberDialog final : public Win32DialogView<EditIonChamberView> {
+class Win32EditIonChamberDialog final : public Win32DialogView<EditIonChamberView, EditIonChamberDialog> {
  public:
   Win32EditIonChamberDialog();
 
-  void attach(EditIonChamberDialog& presenter) override { presenter_ = &presenter; }
   std::string fieldText(EditorField field) override;
   void setFieldText(EditorField field, const std::string& text) override;
   void focusField(EditorField field) override;
@@ -25,9 +20,8 @@ class Win32EditIonChamberDialog final : public Win32DialogView<EditIonChamberVie
   WindowHandle okButton() override;
 
  private:
-  void onInit() override;
-  void onActivate() override;
-  void onCommand(int id) override;
+  void prepare() override;
+  void clicked(EditIonChamberDialog& presenter, int id) override;
   bool onNotification(int id, int code) override;
   HWND field(EditorField which) const;
   /// Whether the presenter lets this character into the field, as it stands now.
@@ -35,8 +29,6 @@ class Win32EditIonChamberDialog final : public Win32DialogView<EditIonChamberVie
   /// The fields' window procedure in front of the edit control's: drops the characters refused.
   static LRESULT CALLBACK fieldProcedure(HWND edit, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
                                          DWORD_PTR self);
-
-  EditIonChamberDialog* presenter_ = nullptr;
 };
 
 }  // namespace rx9400::win

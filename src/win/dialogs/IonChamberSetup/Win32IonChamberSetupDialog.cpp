@@ -1,31 +1,9 @@
 // The ion chamber setup dialog as a Win32 dialog.
 #include "win/dialogs/IonChamberSetup/Win32IonChamberSetupDialog.h"
 
-#include "win/Win32Platform.h"
 #include "win/dialogs/IonChamberSetup/IonChamberSetupIds.h"
 
 namespace rx9400::win {
-namespace {
-
-/// Replaces a list box's entries; nothing stays chosen.
-void fillListBox(HWND list, const std::vector<std::string>& entries) {
-  SendMessageW(list, WM_SETREDRAW, FALSE, 0);
-  SendMessageW(list, LB_RESETCONTENT, 0, 0);
-  for (const std::string& entry : entries) {
-    const std::wstring text = toWide(entry);
-    SendMessageW(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
-  }
-  SendMessageW(list, WM_SETREDRAW, TRUE, 0);
-  InvalidateRect(list, nullptr, TRUE);
-}
-
-int chosenEntry(HWND list) {
-  const LRESULT entry = SendMessageW(list, LB_GETCURSEL, 0, 0);
-  return entry == LB_ERR ? -1 : static_cast<int>(entry);
-}
-
-}  // namespace
-
 Win32IonChamberSetupDialog::Win32IonChamberSetupDialog()
     : Win32DialogView(IDD_ION_CHAMBER_SETUP,
                       {IDC_SETUP_CHAMBERS_LABEL, IDC_SETUP_CAL_FACTORS_LABEL, IDC_SETUP_EDIT,
@@ -45,20 +23,11 @@ HWND Win32IonChamberSetupDialog::button(SetupButton which) const {
   return control(IDC_SETUP_CANCEL);
 }
 
-void Win32IonChamberSetupDialog::onInit() {
-  if (presenter_ != nullptr) presenter_->load();
-}
-
-void Win32IonChamberSetupDialog::onActivate() {
-  if (presenter_ != nullptr) presenter_->activated();
-}
-
-void Win32IonChamberSetupDialog::onCommand(int id) {
-  if (presenter_ == nullptr) return;
-  if (id == IDC_SETUP_EDIT) presenter_->editClicked();
-  if (id == IDC_SETUP_DELETE) presenter_->deleteClicked();
-  if (id == IDC_SETUP_CONTINUE) presenter_->continueClicked();
-  if (id == IDC_SETUP_CANCEL) presenter_->cancelClicked();
+void Win32IonChamberSetupDialog::clicked(IonChamberSetupDialog& presenter, int id) {
+  if (id == IDC_SETUP_EDIT) presenter.editClicked();
+  if (id == IDC_SETUP_DELETE) presenter.deleteClicked();
+  if (id == IDC_SETUP_CONTINUE) presenter.continueClicked();
+  if (id == IDC_SETUP_CANCEL) presenter.cancelClicked();
 }
 
 bool Win32IonChamberSetupDialog::onNotification(int id, int code) {
@@ -70,11 +39,11 @@ bool Win32IonChamberSetupDialog::onNotification(int id, int code) {
 }
 
 void Win32IonChamberSetupDialog::setChamberEntries(const std::vector<std::string>& entries) {
-  fillListBox(control(IDC_SETUP_CHAMBERS), entries);
+  setEntries(control(IDC_SETUP_CHAMBERS), entries);
 }
 
 void Win32IonChamberSetupDialog::setCalFactorEntries(const std::vector<std::string>& entries) {
-  fillListBox(control(IDC_SETUP_CAL_FACTORS), entries);
+  setEntries(control(IDC_SETUP_CAL_FACTORS), entries);
 }
 
 void Win32IonChamberSetupDialog::selectChamberEntry(int index) {
@@ -96,11 +65,7 @@ int Win32IonChamberSetupDialog::calFactorEntry() {
 std::string Win32IonChamberSetupDialog::chamberEntryText() {
   HWND list = control(IDC_SETUP_CHAMBERS);
   const int entry = chosenEntry(list);
-  if (entry < 0) return {};
-  std::wstring text(static_cast<std::size_t>(SendMessageW(list, LB_GETTEXTLEN, entry, 0)) + 1, L'\0');
-  text.resize(static_cast<std::size_t>(
-      SendMessageW(list, LB_GETTEXT, static_cast<WPARAM>(entry), reinterpret_cast<LPARAM>(text.data()))));
-  return fromWide(text);
+  return entry < 0 ? std::string() : entryText(list, entry);
 }
 
 void Win32IonChamberSetupDialog::setCalConstantText(const std::string& text) {
@@ -115,25 +80,24 @@ void Win32IonChamberSetupDialog::setButtonEnabled(SetupButton which, bool enable
   EnableWindow(button(which), enabled ? TRUE : FALSE);
 }
 
-int Win32IonChamberSetupDialog::buttonLeft(SetupButton which) {
+RECT Win32IonChamberSetupDialog::buttonBounds(SetupButton which) const {
   RECT bounds{};
   GetWindowRect(button(which), &bounds);
-  POINT topLeft{bounds.left, bounds.top};
-  ScreenToClient(handle(), &topLeft);
-  return topLeft.x;
+  MapWindowPoints(nullptr, handle(), reinterpret_cast<POINT*>(&bounds), 2);
+  return bounds;
+}
+
+int Win32IonChamberSetupDialog::buttonLeft(SetupButton which) {
+  return buttonBounds(which).left;
 }
 
 void Win32IonChamberSetupDialog::setButtonLeft(SetupButton which, int left) {
-  HWND moved = button(which);
-  RECT bounds{};
-  GetWindowRect(moved, &bounds);
-  POINT topLeft{bounds.left, bounds.top};
-  ScreenToClient(handle(), &topLeft);
-  MoveWindow(moved, left, topLeft.y, bounds.right - bounds.left, bounds.bottom - bounds.top, TRUE);
+  const RECT bounds = buttonBounds(which);
+  MoveWindow(button(which), left, bounds.top, bounds.right - bounds.left, bounds.bottom - bounds.top, TRUE);
 }
 
 WindowHandle Win32IonChamberSetupDialog::buttonWindow(SetupButton which) {
-  return reinterpret_cast<WindowHandle>(button(which));
+  return asWindowHandle(button(which));
 }
 
 }  // namespace rx9400::win

@@ -6,11 +6,10 @@
 
 namespace rx9400::win {
 
-class Win32IonChamberSetupDialog final : public Win32DialogView<IonChamberSetupView> {
+class Win32IonChamberSetupDialog final : public Win32DialogView<IonChamberSetupView, IonChamberSetupDialog> {
  public:
   Win32IonChamberSetupDialog();
 
-  void attach(IonChamberSetupDialog& presenter) override { presenter_ = &presenter; }
   void setChamberEntries(const std::vector<std::string>& entries) override;
   void setCalFactorEntries(const std::vector<std::string>& entries) override;
   void selectChamberEntry(int index) override;
@@ -26,14 +25,11 @@ class Win32IonChamberSetupDialog final : public Win32DialogView<IonChamberSetupV
   WindowHandle buttonWindow(SetupButton button) override;
 
  private:
-  void onInit() override;
-  void onActivate() override;
-  void onCommand(int id) override;
+  void clicked(IonChamberSetupDialog& presenter, int id) override;
   bool onNotification(int id, int code) override;
-  HWND control(int id) const { return GetDlgItem(handle(), id); }
   HWND button(SetupButton which) const;
-
-  IonChamberSetupDialog* presenter_ = nullptr;
+  /// A button's bounds, in the dialog's client coordinates.
+  RECT buttonBounds(SetupButton which) const;
 };
 
 }  // namespace rx9400::win

@@ -73,21 +73,16 @@ int Win32ScanDialog::animationFrameCount() {
 
 void Win32ScanDialog::showAnimationFrame(int frame) {
   frame_ = frame;
-  InvalidateRect(GetDlgItem(handle(), IDC_SCAN_IMAGE), nullptr, FALSE);
+  InvalidateRect(control(IDC_SCAN_IMAGE), nullptr, FALSE);
 }
 
-void Win32ScanDialog::onInit() {
+void Win32ScanDialog::prepare() {
   frames_ = makeFrames(handle());
-  if (presenter_ != nullptr) presenter_->load();
 }
 
-void Win32ScanDialog::onActivate() {
-  if (presenter_ != nullptr) presenter_->activated();
-}
-
-void Win32ScanDialog::onCommand(int id) {
+void Win32ScanDialog::clicked(ScanDialog& presenter, int id) {
   // Closing the window counts as Stop.
-  if ((id == IDC_SCAN_STOP || id == IDCANCEL) && presenter_ != nullptr) presenter_->stopClicked();
+  if (id == IDC_SCAN_STOP || id == IDCANCEL) presenter.stopClicked();
 }
 
 void Win32ScanDialog::onTimer() {

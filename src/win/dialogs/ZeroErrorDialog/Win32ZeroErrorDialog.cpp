@@ -13,21 +13,15 @@ void Win32ZeroErrorDialog::setDetectorLine(const std::string& line) {
   setControlText(IDC_ZERO_DETECTOR, line);
 }
 
-void Win32ZeroErrorDialog::onInit() {
-  SendDlgItemMessageW(handle(), IDC_ZERO_ICON, STM_SETICON,
-                      reinterpret_cast<WPARAM>(LoadIconW(nullptr, reinterpret_cast<LPCWSTR>(IDI_ERROR))), 0);
-  if (presenter_ != nullptr) presenter_->load();
+void Win32ZeroErrorDialog::prepare() {
+  SendMessageW(control(IDC_ZERO_ICON), STM_SETICON,
+               reinterpret_cast<WPARAM>(LoadIconW(nullptr, reinterpret_cast<LPCWSTR>(IDI_ERROR))), 0);
 }
 
-void Win32ZeroErrorDialog::onActivate() {
-  if (presenter_ != nullptr) presenter_->activated();
-}
-
-void Win32ZeroErrorDialog::onCommand(int id) {
-  if (presenter_ == nullptr) return;
-  if (id == IDC_ZERO_CONNECT) presenter_->connectClicked();
+void Win32ZeroErrorDialog::clicked(ZeroErrorDialog& presenter, int id) {
+  if (id == IDC_ZERO_CONNECT) presenter.connectClicked();
   // Closing the window answers as Retry does.
-  if (id == IDC_ZERO_RETRY || id == IDCANCEL) presenter_->retryClicked();
+  if (id == IDC_ZERO_RETRY || id == IDCANCEL) presenter.retryClicked();
 }
 
 }  // namespace rx9400::win

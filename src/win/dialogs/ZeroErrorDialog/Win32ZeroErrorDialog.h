@@ -6,19 +6,15 @@
 
 namespace rx9400::win {
 
-class Win32ZeroErrorDialog final : public Win32DialogView<ZeroErrorDialogView> {
+class Win32ZeroErrorDialog final : public Win32DialogView<ZeroErrorDialogView, ZeroErrorDialog> {
  public:
   Win32ZeroErrorDialog();
 
-  void attach(ZeroErrorDialog& presenter) override { presenter_ = &presenter; }
   void setDetectorLine(const std::string& line) override;
 
  private:
-  void onInit() override;
-  void onActivate() override;
-  void onCommand(int id) override;
-
-  ZeroErrorDialog* presenter_ = nullptr;
+  void prepare() override;
+  void clicked(ZeroErrorDialog& presenter, int id) override;
 };
 
 }  // namespace rx9400::win

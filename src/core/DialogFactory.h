@@ -1,16 +1,17 @@
-// Where the plug-in's dialogs come from: Win32 dialogs in the plug-in, scripted views in tests.
+// Where the plug-in's dialogs come from: Win32 dialogs in the plug-in, scripted views in tests. The views
+// are only declared here, so that a change to one dialog recompiles only the code that opens it.
 #pragma once
 
 #include <memory>
 
-#include "ionchamber/DeleteIonChamberDialog.h"
-#include "ionchamber/EditIonChamberDialog.h"
-#include "ionchamber/IonChamberSetupDialog.h"
-#include "session/ConnectDialog.h"
-#include "session/ScanDialog.h"
-#include "session/ZeroErrorDialog.h"
-
 namespace rx9400 {
+
+class ScanDialogView;
+class ConnectDialogView;
+class ZeroErrorDialogView;
+class IonChamberSetupView;
+class EditIonChamberView;
+class DeleteIonChamberView;
 
 /// Each call gives a view for one showing of its dialog (the caller keeps it while it shows it).
 class DialogFactory {
