@@ -172,12 +172,14 @@ class Instrument {
   void threeBeeps(int milliseconds);
 
   // Supervision: the warning a status record calls for, given once per episode (exposure polling and
-  // CheckDetectorStatus share it).
+  // CheckDetectorStatus share it). dueAlert clears the marks of episodes that ended; a warning's own
+  // mark is set only once its box has been shown, so a box that failed is tried again on the next poll.
   enum class Alert { None, ConnectionLost, VeryLowBattery, LowBattery };
   Alert dueAlert(std::size_t slot, const DetectorStatus& status);
-  void showAlert(Alert alert, std::size_t slot, std::int32_t id, int lowBatteryBeep);
+  /// Shows the warning's box, then sets its mark.
+  void giveAlert(Alert alert, std::size_t slot, std::int32_t id, int lowBatteryBeep);
   void showSleepNotice();
-  bool wakeEveryDetector();
+  void wakeEveryDetector();
   // The notice boxes' buttons.
   void mDisplayMessage_Button1Click();
   void mDisplayMessage_Button2Click();

@@ -100,7 +100,7 @@ void Instrument::threeBeeps(int milliseconds) {
 bool Instrument::pollConnectionAndBattery(std::size_t slot, std::int32_t id, const DetectorStatus& status) {
   const Alert alert = dueAlert(slot, status);
   if (status.connectionState == kConnectionLost) context_.state.measurementEnabled = false;
-  showAlert(alert, slot, id, 400);
+  giveAlert(alert, slot, id, 400);
   return status.connectionState == kConnected;
 }
 

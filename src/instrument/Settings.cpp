@@ -2,6 +2,7 @@
 // sends to the detectors, and the simple facts it reads back.
 #include <algorithm>
 #include <cstring>
+#include <stdexcept>
 
 #include "core/DetectorType.h"
 #include "core/NumberText.h"
@@ -155,8 +156,13 @@ std::uint8_t Instrument::GetNumberOfTargetFilters() {
   std::uint8_t count = 0;
   try {
     forAioSlots([&](std::int32_t id) {
-      count = static_cast<std::uint8_t>(context_.library.MBGetNumberOfValidTargetFilters(id));
+      const std::int32_t valid = context_.library.MBGetNumberOfValidTargetFilters(id);
+      // A count no Byte holds fails the conversion, and the member answers 0.
+      if (valid < 0 || valid > 255) throw std::overflow_error("the target filter count is no Byte");
+      count = static_cast<std::uint8_t>(valid);
     });
+  } catch (const std::overflow_error&) {
+    count = 0;
   } catch (...) {
   }
   return count;

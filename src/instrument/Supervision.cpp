@@ -37,9 +37,7 @@ void close(std::unique_ptr<NoticeBox>& slot) {
 Instrument::Alert Instrument::dueAlert(std::size_t slot, const DetectorStatus& status) {
   DetectorAlertState& marks = context_.state.alerts[slot];
   if (status.connectionState == kConnectionLost) {
-    if (marks.connectionLostShown != kVBFalse) return Alert::None;
-    marks.connectionLostShown = kVBTrue;
-    return Alert::ConnectionLost;
+    return marks.connectionLostShown != kVBFalse ? Alert::None : Alert::ConnectionLost;
   }
   if (status.connectionState != kConnected) return Alert::None;
   marks.connectionLostShown = kVBFalse;
@@ -52,22 +50,22 @@ Instrument::Alert Instrument::dueAlert(std::size_t slot, const DetectorStatus& s
   context_.state.charging = false;
   context_.state.chargePercent = status.battery.chargePercent;
   if (status.battery.batteryState == kBatteryVeryLow) {
-    if (marks.veryLowBatteryShown != kVBFalse) return Alert::None;
-    marks.veryLowBatteryShown = kVBTrue;
-    return Alert::VeryLowBattery;
+    return marks.veryLowBatteryShown != kVBFalse ? Alert::None : Alert::VeryLowBattery;
   }
   if (status.battery.batteryState == kBatteryLow) {
-    if (marks.lowBatteryShown != kVBFalse) return Alert::None;
-    marks.lowBatteryShown = kVBTrue;
-    return Alert::LowBattery;
+    return marks.lowBatteryShown != kVBFalse ? Alert::None : Alert::LowBattery;
   }
   marks.lowBatteryShown = kVBFalse;
   marks.veryLowBatteryShown = kVBFalse;
   return Alert::None;
 }
 
-void Instrument::showAlert(Alert alert, std::size_t slot, std::int32_t id, int lowBatteryBeep) {
+void Instrument::giveAlert(Alert alert, std::size_t slot, std::int32_t id, int lowBatteryBeep) {
   Catalogue& catalogue = context_.catalogue;
+  // By index after the box: a handler run meanwhile may have emptied the lists.
+  const auto mark = [&](VBBool DetectorAlertState::*shown) {
+    if (slot < context_.state.alerts.size()) context_.state.alerts[slot].*shown = kVBTrue;
+  };
   switch (alert) {
     case Alert::ConnectionLost: {
       const DetectorAlertState& marks = context_.state.alerts[slot];
@@ -77,6 +75,7 @@ void Instrument::showAlert(Alert alert, std::size_t slot, std::int32_t id, int l
                  catalogue.text(catalogue::kConnectionLostWithTheDetector) +
                      std::to_string(context_.state.detectors[slot].serialNumber),
                  catalogue.text(catalogue::kScanAgain));
+      mark(&DetectorAlertState::connectionLostShown);
       break;
     }
     case Alert::VeryLowBattery:
@@ -84,11 +83,13 @@ void Instrument::showAlert(Alert alert, std::size_t slot, std::int32_t id, int l
       showNotice(catalogue.text(catalogue::kVeryLowBattery),
                  catalogue.text(catalogue::kLowBatteryDetector) + std::to_string(id),
                  catalogue.text(catalogue::kShuttingDownSoon));
+      mark(&DetectorAlertState::veryLowBatteryShown);
       break;
     case Alert::LowBattery: {
       threeBeeps(lowBatteryBeep);
       const std::string text = catalogue.text(catalogue::kLowBatteryDetector) + std::to_string(id);
       showNotice(catalogue.text(catalogue::kLowBattery), text, text);
+      mark(&DetectorAlertState::lowBatteryShown);
       break;
     }
     case Alert::None:
@@ -147,22 +148,26 @@ void Instrument::showSleepNotice() {
   sleepBox_->show();
 }
 
-bool Instrument::wakeEveryDetector() {
+void Instrument::wakeEveryDetector() {
   SharedState& state = context_.state;
-  bool any = false;
   for (std::size_t slot = 0; slot < state.slotCount(); ++slot) {
     const std::int32_t id = state.identifierAt(slot);
     if (id <= 0) continue;
     state.alerts[slot].sleeping = kVBFalse;
     context_.library.MBSetPowerMode(id, kPowerWake);
-    any = true;
   }
-  return any;
 }
 
 void Instrument::DetectorWakeUp() {
   try {
-    if (wakeEveryDetector()) lastActivity_ = context_.services.clock.milliseconds();
+    SharedState& state = context_.state;
+    for (std::size_t slot = 0; slot < state.slotCount(); ++slot) {
+      const std::int32_t id = state.identifierAt(slot);
+      if (id <= 0) continue;
+      state.alerts[slot].sleeping = kVBFalse;
+      context_.library.MBSetPowerMode(id, kPowerWake);
+      lastActivity_ = context_.services.clock.milliseconds();
+    }
   } catch (...) {
   }
 }
@@ -252,13 +257,13 @@ bool Instrument::CheckDetectorStatus() {
       const Alert alert = dueAlert(slot, status);
       if (status.connectionState == kConnectionLost) {
         if (alert == Alert::ConnectionLost) {
-          showAlert(alert, slot, id, 200);
+          giveAlert(alert, slot, id, 200);
           state.removeDetector(slot);
           state.measurementEnabled = false;
         }
         result = false;
       } else if (status.connectionState == kConnected) {
-        showAlert(alert, slot, id, 200);
+        giveAlert(alert, slot, id, 200);
         result = true;
       }
     }

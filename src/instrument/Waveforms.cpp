@@ -29,9 +29,6 @@ namespace {
 
 constexpr std::int32_t kMasBlock = 26;
 constexpr std::int32_t kMasStepAbove = 30000;
-/// The most mAs points whose text is reserved ahead (200 MB): the count is the library's word, and a
-/// larger one grows the text as its blocks arrive.
-constexpr std::int32_t kMasReservedPoints = 10000000;
 
 /// The nearest integer, halves to the even neighbour, as a Long or an Integer; out of range is a
 /// run-time failure of the member.
@@ -225,7 +222,7 @@ void Instrument::downloadMasWaveform(const WaveformRequest& request, std::int32_
   const std::int32_t blocks = points / kMasBlock;
   const std::int32_t multiplier = masInputType_ == 1 ? 1 : 2;
   std::int32_t start = 0;
-  text.reserve(static_cast<std::size_t>(std::min(points, kMasReservedPoints)) * 20);
+  // The count is only the library's word: the text grows with the blocks that arrive.
   std::int32_t values[kMasBlock];
   MasDownload download(library, id);
   const auto connected = [&] { return library.MBGetDetectorStatus(id).connectionState == kConnected; };

@@ -1,11 +1,11 @@
 // The dosimeter's chamber file.
 #include "ionchamber/ChamberFile.h"
 
-#include <charconv>
 #include <cmath>
-#include <cstdlib>
 #include <optional>
+#include <stdexcept>
 
+#include "core/NumberText.h"
 #include "ionchamber/IonChamberTable.h"
 
 namespace rx9400 {
@@ -31,28 +31,59 @@ class Fields {
   std::size_t position_ = 0;
 };
 
-std::optional<long> wholeNumber(std::optional<std::string_view> field, long low, long high) {
-  if (!field || field->empty()) return std::nullopt;
-  long value = 0;
-  const auto [end, error] = std::from_chars(field->data(), field->data() + field->size(), value);
-  if (error != std::errc() || end != field->data() + field->size() || value < low || value > high) {
-    return std::nullopt;
+/// True when the platform's parse reads the whole text as its number: blanks anywhere, a sign, digits
+/// with one "." or ",", and an exponent with digits.
+bool wholyANumber(std::string_view text) {
+  std::string compact;
+  for (const char c : text) {
+    if (c != ' ' && c != '\n') compact.push_back(c == ',' ? '.' : c);
   }
-  return value;
+  std::size_t i = 0;
+  const auto digits = [&] {
+    const std::size_t start = i;
+    while (i < compact.size() && compact[i] >= '0' && compact[i] <= '9') ++i;
+    return i - start;
+  };
+  if (i < compact.size() && (compact[i] == '+' || compact[i] == '-')) ++i;
+  std::size_t mantissa = digits();
+  if (i < compact.size() && compact[i] == '.') ++i, mantissa += digits();
+  if (mantissa == 0) return false;
+  if (i < compact.size() && std::string_view("eEdD").find(compact[i]) != std::string_view::npos) {
+    ++i;
+    if (i < compact.size() && (compact[i] == '+' || compact[i] == '-')) ++i;
+    if (digits() == 0) return false;
+  }
+  return i == compact.size();
 }
 
-std::optional<float> calConstant(std::optional<std::string_view> field) {
-  if (!field || field->empty() || field->size() > 64) return std::nullopt;
-  for (const char c : *field) {
-    if (std::string_view("0123456789+-.Ee").find(c) == std::string_view::npos) return std::nullopt;
-  }
-  const std::string text(*field);
-  char* end = nullptr;
-  const double value = std::strtod(text.c_str(), &end);
-  if (end != text.c_str() + text.size() || !std::isfinite(value) || std::fabs(value) > 3.4028234e38) {
+/// A number field as Val_OS reads it (nothing when the field is missing or the number overflows); a
+/// field read only in part is named.
+std::optional<double> number(std::optional<std::string_view> field, const std::string& what,
+                             std::vector<std::string>& problems) {
+  if (!field) return std::nullopt;
+  if (!wholyANumber(*field)) problems.push_back(what + ": a number text read only up to what is no number");
+  try {
+    return valOS(*field);
+  } catch (const std::out_of_range&) {
     return std::nullopt;
   }
-  return static_cast<float>(value);
+}
+
+/// A whole number field: Val_OS's number rounded half to even, when it lies in low to high.
+std::optional<long> wholeNumber(std::optional<std::string_view> field, long low, long high,
+                                const std::string& what, std::vector<std::string>& problems) {
+  const std::optional<double> value = number(field, what, problems);
+  if (!value) return std::nullopt;
+  const double rounded = std::nearbyint(*value);
+  if (!(rounded >= static_cast<double>(low) && rounded <= static_cast<double>(high))) return std::nullopt;
+  return static_cast<long>(rounded);
+}
+
+std::optional<float> calConstant(std::optional<std::string_view> field, const std::string& what,
+                                 std::vector<std::string>& problems) {
+  const std::optional<double> value = number(field, what, problems);
+  if (!value || !std::isfinite(*value) || std::fabs(*value) > 3.4028234e38) return std::nullopt;
+  return static_cast<float>(*value);
 }
 
 /// A name into its field: control and non-ASCII bytes become "?", and it is cut to the field.
@@ -75,22 +106,22 @@ ChamberFile readChamberFile(std::string_view bytes) {
   ChamberFile file;
   auto& problems = file.problems;
   Fields fields(bytes);
-  const auto count = wholeNumber(fields.next(), 0, 32767);
+  const auto count = wholeNumber(fields.next(), 0, 32767, "the chamber count", problems);
   if (!count) {
-    problems.push_back("the chamber count is not a number: nothing read");
+    problems.push_back("the chamber count is missing or out of range: nothing read");
     return file;
   }
   for (long c = 1; c <= *count; ++c) {
     const std::string what = "chamber " + std::to_string(c);
     const auto numberField = fields.next();
     const auto nameField = fields.next();
-    const auto factors = wholeNumber(fields.next(), 0, 32767);
+    const auto factors = wholeNumber(fields.next(), 0, 32767, what, problems);
     if (!factors || !nameField) {
       problems.push_back(what + ": the file ends or loses its order here; the rest is dropped");
       return file;
     }
     IonChamber chamber{};
-    const auto number = wholeNumber(numberField, 1, 32767);
+    const auto number = wholeNumber(numberField, 1, 32767, what, problems);
     chamber.number = static_cast<std::int16_t>(number.value_or(0));
     readName(*nameField, chamber.name, what, problems);
     for (long f = 1; f <= *factors; ++f) {
@@ -99,10 +130,10 @@ ChamberFile readChamberFile(std::string_view bytes) {
         problems.push_back(factorWhat + ": the file ends here");
         break;
       }
-      const auto factorNumber = wholeNumber(fields.next(), 1, 32767);
+      const auto factorNumber = wholeNumber(fields.next(), 1, 32767, factorWhat, problems);
       const auto factorName = fields.next();
-      const auto unit = wholeNumber(fields.next(), -2147483648L, 2147483647L);
-      const auto constant = calConstant(fields.next());
+      const auto unit = wholeNumber(fields.next(), -2147483648L, 2147483647L, factorWhat, problems);
+      const auto constant = calConstant(fields.next(), factorWhat, problems);
       if (!factorNumber || !factorName || !unit || !constant) {
         problems.push_back(factorWhat + ": a field is missing or not a number; dropped");
         continue;

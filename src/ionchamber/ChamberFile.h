@@ -3,7 +3,9 @@
 //
 // One-byte text, every field followed by a TAB, ending at the first zero byte or with the bytes: the
 // chamber count; per chamber its number, name and cal factor count; per cal factor its number, name,
-// unit code and cal constant (a decimal number with "." and an optional exponent).
+// unit code and cal constant. Every number is read as Val_OS reads it (blanks skipped, a sign, "," or "."
+// as the decimal point, an exponent; reading stops at what cannot continue the number, and a text
+// without digits is 0); whole numbers are that number rounded half to even.
 //
 //   2<TAB>1<TAB>IC-A<TAB>1<TAB>1<TAB>RQR5<TAB>1<TAB>1.2345E+09<TAB>2<TAB>IC-B<TAB>...
 //

@@ -39,9 +39,15 @@ bool isValidDate(const CalendarDate& date) {
 void DatePicker::SetDTPicketDate(const std::string& sDay, const std::string& sMonth,
                                  const std::string& sYear) {
   const CalendarDate today = control_.today();
-  const CalendarDate date{partOr(sYear, today.year), partOr(sMonth, today.month), partOr(sDay, today.day)};
-  if (!isValidDate(date)) throw std::invalid_argument("no such date");
-  control_.setDate(date);
+  const auto set = [&](int CalendarDate::*part, int value) {
+    CalendarDate date = control_.date();
+    date.*part = value;
+    if (!isValidDate(date)) throw std::invalid_argument("no such date");
+    control_.setDate(date);
+  };
+  set(&CalendarDate::day, partOr(sDay, today.day));
+  set(&CalendarDate::month, partOr(sMonth, today.month));
+  set(&CalendarDate::year, partOr(sYear, today.year));
 }
 
 std::string DatePicker::GetDTPicketDate() {

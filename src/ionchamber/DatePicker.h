@@ -13,10 +13,10 @@ class DatePicker {
  public:
   explicit DatePicker(DatePickerControl& control) : control_(control) {}
 
-  /// Loads a date. A part that is blank after trimming takes today's day, month or year. The three
-  /// parts are applied together, so a day that the picker's current month lacks (31 while it shows
-  /// November) is not refused on the way. Throws, leaving the picker as it was, when a part is not a
-  /// whole number or the date does not exist.
+  /// Sets the day, then the month, then the year, each on the date the picker holds at that moment;
+  /// a part that is blank after trimming takes today's. A part that is not a whole number, or that
+  /// gives a date that does not exist (a 31st while the picker shows November), throws at its own
+  /// step: the parts set before it stay set.
   void SetDTPicketDate(const std::string& sDay, const std::string& sMonth, const std::string& sYear);
   /// The picker's date as the control renders it.
   std::string GetDTPicketDate();

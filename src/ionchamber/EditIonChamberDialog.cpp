@@ -82,8 +82,6 @@ void EditIonChamberDialog::Formsetting(int mode) {
 void EditIonChamberDialog::show(const std::string& title) {
   title_ = title;
   cancelled_ = false;
-  addedChamber_ = 0;
-  addedCalFactor_ = 0;
   view_.showModal();
 }
 
@@ -227,8 +225,6 @@ bool EditIonChamberDialog::addCalFactor(std::int32_t dosimeter) {
   }
   table.nextCalFactorSlot(chamber) = calFactor;
   ++record.calFactorCount;
-  addedChamber_ = record.number;
-  addedCalFactor_ = calFactor.number;
   context_.services.messageBoxes.show(context_.catalogue.text(catalogue::kNewCalFactorIsAddedSuccessfully),
                                       title_, kBoxOk);
   return true;
@@ -257,8 +253,6 @@ bool EditIonChamberDialog::addChamber(std::int32_t dosimeter) {
   }
   record.calFactors[0] = calFactor;
   record.calFactorCount = 1;
-  addedChamber_ = number;
-  addedCalFactor_ = calFactor.number;
   context_.services.messageBoxes.show(context_.catalogue.text(catalogue::kNewIonChamberIsAddedSuccessfully),
                                       title_, kBoxInformation);
   return true;

@@ -52,9 +52,6 @@ class EditIonChamberDialog {
   /// Shows the editor modally under this title.
   void show(const std::string& title);
   bool pCancelClick() const { return cancelled_; }
-  /// The chamber and cal factor numbers the dosimeter gave an addition (0 when none was made).
-  std::int16_t addedChamber() const { return addedChamber_; }
-  std::int16_t addedCalFactor() const { return addedCalFactor_; }
 
   // Handlers, called by the view.
   void load();
@@ -82,8 +79,6 @@ class EditIonChamberDialog {
   EditorMode mode_ = EditorMode::NewChamber;
   std::string title_;
   bool cancelled_ = false;
-  std::int16_t addedChamber_ = 0;
-  std::int16_t addedCalFactor_ = 0;
 };
 
 }  // namespace rx9400

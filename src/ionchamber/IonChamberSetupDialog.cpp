@@ -1,6 +1,8 @@
 // The ion chamber setup dialog's presenter.
 #include "ionchamber/IonChamberSetupDialog.h"
 
+#include <stdexcept>
+
 #include "core/DialogFactory.h"
 #include "core/NumberText.h"
 #include "core/Placement.h"
@@ -38,7 +40,7 @@ void IonChamberSetupDialog::load() {
   view_.setCalConstantText({});
   cancelled_ = false;
   const IonChamberTable& table = context_.state.ionChambers;
-  skipOnFailure([&] { fillLists(table.selectedChamber, table.selectedCalFactor); });
+  skipOnFailure([&] { fillLists(); });
   if (table.readOnly) {
     view_.setButtonVisible(SetupButton::Delete, false);
     view_.setButtonVisible(SetupButton::Edit, false);
@@ -55,7 +57,7 @@ void IonChamberSetupDialog::activated() {
   centreCursorOn(context_.services.windows, view_.buttonWindow(SetupButton::Continue));
 }
 
-void IonChamberSetupDialog::fillLists(std::int16_t chamberNumber, std::int16_t calFactorNumber) {
+void IonChamberSetupDialog::fillLists() {
   IonChamberTable& table = context_.state.ionChambers;
   std::vector<std::string> entries{context_.catalogue.text(catalogue::kNoIonChamber)};
   int chosen = 0;
@@ -66,7 +68,7 @@ void IonChamberSetupDialog::fillLists(std::int16_t chamberNumber, std::int16_t c
     for (std::size_t i = 0; i < table.size(); ++i) {
       if (table.records[i].number == 0) continue;
       entries.push_back(nameOf(table.records[i]));
-      if (table.records[i].number == chamberNumber) chosen = static_cast<int>(entries.size()) - 1;
+      if (table.records[i].number == table.selectedChamber) chosen = static_cast<int>(entries.size()) - 1;
     }
   }
   if (!table.readOnly) entries.push_back(context_.catalogue.text(catalogue::kNew));
@@ -76,17 +78,16 @@ void IonChamberSetupDialog::fillLists(std::int16_t chamberNumber, std::int16_t c
   lastChamberEntry_ = chosen;
   table.selectedChamberName = entries[static_cast<std::size_t>(chosen)];
   if (chosen > 0) {
-    fillCalFactors(chosen, calFactorNumber);
+    fillCalFactors(chosen, table.selectedCalFactor, false);
   } else {
     view_.setCalFactorEntries({});
     calFactorEntries_ = 0;
     lastCalFactorEntry_ = -1;
     view_.setCalConstantText({});
-    enableEditAndDelete(false);
   }
 }
 
-void IonChamberSetupDialog::fillCalFactors(int entry, std::int16_t calFactorNumber) {
+void IonChamberSetupDialog::fillCalFactors(int entry, std::int16_t calFactorNumber, bool firstByDefault) {
   const IonChamber& chamber = context_.state.ionChambers.at(static_cast<std::size_t>(entry - 1));
   std::vector<std::string> entries;
   int chosen = -1;
@@ -94,14 +95,13 @@ void IonChamberSetupDialog::fillCalFactors(int entry, std::int16_t calFactorNumb
     entries.push_back(nameOf(chamber.calFactors[slot]));
     if (chosen < 0 && chamber.calFactors[slot].number == calFactorNumber) chosen = static_cast<int>(slot);
   }
-  if (chosen < 0 && !entries.empty()) chosen = 0;
+  if (chosen < 0 && !entries.empty() && firstByDefault) chosen = 0;
   if (!readOnly()) entries.push_back(context_.catalogue.text(catalogue::kNew));
   view_.setCalFactorEntries(entries);
   calFactorEntries_ = static_cast<int>(entries.size());
   view_.selectCalFactorEntry(chosen);
   lastCalFactorEntry_ = chosen;
   showCalConstant(entry, chosen);
-  enableEditAndDelete(true);
 }
 
 void IonChamberSetupDialog::showCalConstant(int chamberEntry, int calFactorEntry) {
@@ -125,31 +125,16 @@ void IonChamberSetupDialog::enableEditAndDelete(bool enabled) {
   view_.setButtonEnabled(SetupButton::Edit, enabled);
 }
 
-std::pair<std::int16_t, std::int16_t> IonChamberSetupDialog::chosenNumbers() {
-  std::pair<std::int16_t, std::int16_t> numbers{0, 0};
-  skipOnFailure([&] {
-    const IonChamber& chamber =
-        context_.state.ionChambers.at(static_cast<std::size_t>(lastChamberEntry_ - 1));
-    numbers.first = chamber.number;
-    numbers.second = context_.state.ionChambers
-                         .calFactorAt(static_cast<std::size_t>(lastChamberEntry_ - 1),
-                                      static_cast<std::size_t>(lastCalFactorEntry_))
-                         .number;
-  });
-  return numbers;
-}
-
-std::optional<std::pair<std::int16_t, std::int16_t>> IonChamberSetupDialog::runEditor(
-    int mode, std::string_view caption, int chamberIndex, int calFactorIndex) {
+bool IonChamberSetupDialog::runEditor(int mode, std::string_view caption, int chamberIndex,
+                                      int calFactorIndex) {
   auto view = context_.services.dialogs.newEditIonChamberView();
-  if (!view) return std::nullopt;
+  if (!view) return false;
   EditIonChamberDialog editor(context_, *view);
   editor.pSelectedICIndex = chamberIndex;
   editor.pSelectedCFIndex = calFactorIndex;
   editor.Formsetting(mode);
   editor.show(context_.catalogue.text(caption));
-  if (editor.pCancelClick()) return std::nullopt;
-  return std::pair{editor.addedChamber(), editor.addedCalFactor()};
+  return !editor.pCancelClick();
 }
 
 void IonChamberSetupDialog::chamberChosen(int entry) {
@@ -168,26 +153,24 @@ void IonChamberSetupDialog::chamberChosen(int entry) {
       const IonChamberTable& table = context_.state.ionChambers;
       const std::int16_t number = table.at(static_cast<std::size_t>(entry - 1)).number;
       lastChamberEntry_ = entry;
-      fillCalFactors(entry, number == table.selectedChamber ? table.selectedCalFactor : 0);
+      fillCalFactors(entry, number == table.selectedChamber ? table.selectedCalFactor : 0, true);
+      enableEditAndDelete(true);
     });
   }
 }
 
 void IonChamberSetupDialog::addChamber() {
-  const auto before = chosenNumbers();
   enableButtons(false);
   if (chamberEntries_ >= kMaxChamberEntries) {
     context_.services.messageBoxes.show(context_.catalogue.text(catalogue::kMaximum) + "10" +
                                             context_.catalogue.text(catalogue::kMaximumIonChambers),
                                         context_.catalogue.text(catalogue::kNewIonChamber), kBoxCritical);
     enableButtons(true);
-    fillLists(before.first, before.second);
     return;
   }
-  const auto added = runEditor(1, catalogue::kNewIonChamber, lastChamberEntry_ - 1, lastCalFactorEntry_);
+  const bool added = runEditor(1, catalogue::kNewIonChamber, lastChamberEntry_ - 1, lastCalFactorEntry_);
   enableButtons(true);
-  fillLists(added && added->first != 0 ? added->first : before.first,
-            added && added->first != 0 ? added->second : before.second);
+  if (added) fillLists();
 }
 
 void IonChamberSetupDialog::calFactorChosen(int entry) {
@@ -201,35 +184,28 @@ void IonChamberSetupDialog::calFactorChosen(int entry) {
 }
 
 void IonChamberSetupDialog::addCalFactor() {
-  const auto before = chosenNumbers();
   if (calFactorEntries_ > kMaxCalFactorEntries) {
     context_.services.messageBoxes.show(context_.catalogue.text(catalogue::kMaximum) + "10" +
                                             context_.catalogue.text(catalogue::kMaximumCalFactors),
                                         context_.catalogue.text(catalogue::kNewCalFactor), kBoxCritical);
-    fillLists(before.first, before.second);
     return;
   }
-  const auto added = runEditor(2, catalogue::kNewCalFactor, lastChamberEntry_ - 1, lastCalFactorEntry_);
-  fillLists(before.first, added && added->second != 0 ? added->second : before.second);
+  if (runEditor(2, catalogue::kNewCalFactor, lastChamberEntry_ - 1, lastCalFactorEntry_)) fillLists();
 }
 
 void IonChamberSetupDialog::editClicked() {
   if (lastChamberEntry_ < 1) return;
-  const auto before = chosenNumbers();
-  if (runEditor(3, catalogue::kEditIonChamber, lastChamberEntry_ - 1, view_.calFactorEntry())) {
-    fillLists(before.first, before.second);
-  }
+  if (runEditor(3, catalogue::kEditIonChamber, lastChamberEntry_ - 1, view_.calFactorEntry())) fillLists();
 }
 
 void IonChamberSetupDialog::deleteClicked() {
-  const auto before = chosenNumbers();
   auto view = context_.services.dialogs.newDeleteIonChamberView();
   if (!view) return;
   DeleteIonChamberDialog dialog(context_, *view);
   dialog.pSelectedICIndex = lastChamberEntry_ - 1;
   dialog.pSelectedCFIndex = lastCalFactorEntry_;
   dialog.show();
-  if (!dialog.pCancelClick()) fillLists(before.first, before.second);
+  if (!dialog.pCancelClick()) fillLists();
   if (context_.state.ionChambers.count == 0) enableEditAndDelete(false);
 }
 
@@ -241,14 +217,16 @@ void IonChamberSetupDialog::continueClicked() {
     table.selectedCalFactor = 0;
     table.noIonChamber = true;
   } else {
+    // Each statement on its own: a cal factor index outside the record's ten slots (none chosen)
+    // keeps the cal factor number chosen before.
+    const auto chamber = static_cast<std::size_t>(entry - 1);
+    skipOnFailure([&] { table.selectedChamber = table.at(chamber).number; });
     skipOnFailure([&] {
-      const IonChamber& chamber = table.at(static_cast<std::size_t>(entry - 1));
-      table.selectedChamber = chamber.number;
       const int slot = view_.calFactorEntry();
-      table.selectedCalFactor =
-          slot >= 0 && slot < chamber.calFactorCount ? chamber.calFactors[slot].number : std::int16_t{0};
-      table.noIonChamber = false;
+      if (slot < 0 || slot >= static_cast<int>(kMaxCalFactors)) throw std::out_of_range("no cal factor slot");
+      table.selectedCalFactor = table.at(chamber).calFactors[slot].number;
     });
+    table.noIonChamber = false;
   }
   for (const std::int32_t id : context_.state.dosimeterIdentifiers()) {
     skipOnFailure([&] {

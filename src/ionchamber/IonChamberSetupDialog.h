@@ -2,15 +2,14 @@
 // dosimeter measures with, and opens the editor and the deletion dialog from here. Continue hands the
 // choice to every connected dosimeter.
 //
-// In detail: choosing a chamber preselects its first cal factor (or the
-// factor chosen before, when it belongs to that chamber); after an addition the new chamber or factor
-// is chosen; when the editor is cancelled the entry chosen before "New" is chosen again.
+// Every refill of the lists (at load, and after an addition, an edit or a deletion that was not
+// cancelled) chooses the chamber and cal factor whose numbers are the shared selection's, whatever the
+// user chose in the lists meanwhile; a cal factor number no factor has chooses none. Choosing a chamber
+// in the list chooses the factor of the shared selection when it is that chamber's, else its first.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "core/DialogView.h"
@@ -69,11 +68,11 @@ class IonChamberSetupDialog {
   void cancelClicked();
 
  private:
-  /// Refills both lists, choosing the chamber and cal factor with these numbers where they exist.
-  void fillLists(std::int16_t chamberNumber, std::int16_t calFactorNumber);
+  /// Refills both lists, choosing the chamber and cal factor of the shared selection where they exist.
+  void fillLists();
   /// Fills the cal factor list of the chamber at list entry `entry` and chooses the factor with this
-  /// number, or the first one.
-  void fillCalFactors(int entry, std::int16_t calFactorNumber);
+  /// number; when none has it, the first one if `firstByDefault`, else none.
+  void fillCalFactors(int entry, std::int16_t calFactorNumber, bool firstByDefault);
   void showCalConstant(int chamberEntry, int calFactorEntry);
   /// Delete, Edit (unless read-only) and Continue together.
   void enableButtons(bool enabled);
@@ -81,12 +80,8 @@ class IonChamberSetupDialog {
   void enableEditAndDelete(bool enabled);
   bool isNewEntry(int entry, int entryCount) const { return !readOnly() && entry == entryCount - 1; }
   bool readOnly() const { return context_.state.ionChambers.readOnly; }
-  /// The numbers of the chosen chamber and cal factor (0 where none is).
-  std::pair<std::int16_t, std::int16_t> chosenNumbers();
-  /// Opens the editor; answers the numbers it added (0 and 0 when it was cancelled or added nothing),
-  /// or nothing when it was cancelled.
-  std::optional<std::pair<std::int16_t, std::int16_t>> runEditor(int mode, std::string_view caption,
-                                                                 int chamberIndex, int calFactorIndex);
+  /// Opens the editor; false when it was cancelled.
+  bool runEditor(int mode, std::string_view caption, int chamberIndex, int calFactorIndex);
   void addChamber();
   void addCalFactor();
 

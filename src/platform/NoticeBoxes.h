@@ -4,10 +4,19 @@
 
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 namespace rx9400 {
 
+/// A box's component failed a call after the box was created (its server has gone, a setter failed).
+class NoticeBoxFailure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Every call but the destructor may throw NoticeBoxFailure; the member that made it ends there with
+/// the result it had reached.
 class NoticeBox {
  public:
   virtual ~NoticeBox() = default;

@@ -57,7 +57,8 @@ class MsgFormLink final : public SingleInterface<IDispatch> {
     return hr;
   }
 
-  /// One call on the form; a failure ends the link. Nothing happens once it has ended.
+  /// One call on the form; a failure ends the link and throws NoticeBoxFailure, which ends the member
+  /// that made the call. Nothing happens once the link has ended.
   template <typename Call>
   void call(const char* member, Call&& body) {
     IMessageForm* form = form_;
@@ -66,32 +67,39 @@ class MsgFormLink final : public SingleInterface<IDispatch> {
     form->AddRef();
     const HRESULT hr = body(form);
     form->Release();
-    if (FAILED(hr) && form_ == form) {
-      reportTrappedFailure(
-          member, ("the MsgForm server failed the call (" + hresultText(hr) + "); box ended").c_str());
-      end(false);
-    }
+    const bool failed = FAILED(hr) && form_ == form;
+    if (failed) end(false);
     Release();
+    if (failed) fail(member, hr);
   }
 
   /// Stops the events, closes the form and lets it go. `reachable`: the server still answers, so the
-  /// form is told; otherwise the server's hold on this link is cut here.
-  void end(bool reachable) {
+  /// form is told; otherwise the server's hold on this link is cut here. Answers the result of the
+  /// form's closing (S_OK when there was nothing to close).
+  HRESULT end(bool reachable) {
     onButton1_ = nullptr;  // no handler runs from here on, even for an event already on its way
     onButton2_ = nullptr;
     IConnectionPoint* point = std::exchange(point_, nullptr);
     IMessageForm* form = std::exchange(form_, nullptr);
-    if (point == nullptr && form == nullptr) return;  // ended before
+    if (point == nullptr && form == nullptr) return S_OK;  // ended before
     bool released = false;
     if (point != nullptr) {
       released = reachable && SUCCEEDED(point->Unadvise(cookie_));
       point->Release();
     }
+    HRESULT closed = S_OK;
     if (form != nullptr) {
-      if (reachable) form->CloseForm();
+      if (reachable) closed = form->CloseForm();
       form->Release();
     }
     if (!released && calls_ == 0) CoDisconnectObject(static_cast<IDispatch*>(this), 0);
+    return closed;
+  }
+
+  [[noreturn]] static void fail(const char* member, HRESULT hr) {
+    const std::string why = "the MsgForm server failed the call (" + hresultText(hr) + "); box ended";
+    reportTrappedFailure(member, why.c_str());
+    throw NoticeBoxFailure(std::string(member) + ": " + why);
   }
 
   // IDispatch: the events come by DISPID (Button1Click 1, Button2Click 2).
@@ -149,7 +157,9 @@ class MsgFormBox final : public NoticeBox {
       return form->ShowForm();
     });
   }
-  void close() override { link_->end(true); }
+  void close() override {
+    if (const HRESULT hr = link_->end(true); FAILED(hr)) MsgFormLink::fail("CloseForm", hr);
+  }
   void setHeading(const std::string& text) override { set("SetHeading", &IMessageForm::SetHeading, text); }
   void setMessage(const std::string& text) override { set("SetMessage", &IMessageForm::SetMessage, text); }
   void setButton1(const std::string& text) override {

@@ -1,8 +1,6 @@
-// The hidden date picker: blank parts take today's, and a date is loaded whole.
+// The hidden date picker: day, month and year are set in turn, a blank part taking today's.
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdio>
 #include <stdexcept>
 
 #include "fakes/TestPlatform.h"
@@ -11,40 +9,44 @@
 namespace rx9400 {
 namespace {
 
-using FakeControl = testing::FakeDatePicker;
-
-TEST(DatePicker, BlankPartsTakeTodaysPart) {
+TEST(DatePicker, DayMonthAndYearAreSetInTurnAndABadPartStopsAtItsOwnStep) {
+  constexpr CalendarDate kToday{2026, 11, 22};
   const struct {
+    CalendarDate before;
     const char* day;
     const char* month;
     const char* year;
-    CalendarDate expected;
+    CalendarDate after;
+    bool refused;
   } cases[] = {
-      {"", "", "", {2026, 11, 22}},         {"  ", " ", "", {2026, 11, 22}},
-      {"", "", "2019", {2019, 11, 22}},     {"5", "", "", {2026, 11, 5}},
-      {" 12 ", "6", "2025", {2025, 6, 12}}, {"31", "5", "2025", {2025, 5, 31}},
-      {"29", "2", "2024", {2024, 2, 29}},
+      {{2020, 1, 2}, "  ", " ", "", kToday, false},
+      {kToday, "", "", "2019", {2019, 11, 22}, false},
+      {kToday, "5", "", "", {2026, 11, 5}, false},
+      {kToday, " 12 ", "6", "2025", {2025, 6, 12}, false},
+      {{2020, 1, 2}, "31", "5", "2025", {2025, 5, 31}, false},
+      {kToday, "31", "12", "2025", kToday, true},  // November has no 31st
+      {kToday, "29", "2", "2024", {2026, 11, 29}, true},
+      {{2020, 1, 2}, "29", "2", "2025", {2020, 2, 29}, true},
+      {{2020, 1, 2}, "x", "1", "2025", {2020, 1, 2}, true},
+      {{2020, 1, 2}, "0", "1", "2025", {2020, 1, 2}, true},
+      {{2020, 1, 2}, "1", "13", "2025", {2020, 1, 1}, true},
+      {{2020, 1, 2}, "1", "1", "2025x", {2020, 1, 1}, true},
   };
   for (const auto& c : cases) {
-    FakeControl control;
+    SCOPED_TRACE(std::string(c.day) + "/" + c.month + "/" + c.year);
+    testing::FakeDatePicker control;
+    control.shown = c.before;
     DatePicker picker(control);
-    picker.SetDTPicketDate(c.day, c.month, c.year);
-    EXPECT_EQ(control.shown, c.expected) << c.day << "/" << c.month << "/" << c.year;
+    if (c.refused) {
+      EXPECT_THROW(picker.SetDTPicketDate(c.day, c.month, c.year), std::invalid_argument);
+    } else {
+      picker.SetDTPicketDate(c.day, c.month, c.year);
+    }
+    EXPECT_EQ(control.shown, c.after);
   }
-}
-
-TEST(DatePicker, ADateThatDoesNotExistIsRefusedAndThePickerKeepsItsDate) {
-  FakeControl control;
-  control.shown = {2020, 1, 2};
-  DatePicker picker(control);
-  const std::array<const char*, 3> refused[] = {{"29", "2", "2025"}, {"31", "4", "2025"},
-                                                {"x", "1", "2025"},  {"0", "1", "2025"},
-                                                {"1", "13", "2025"}, {"1", "1", "2025x"}};
-  for (const auto& parts : refused) {
-    EXPECT_THROW(picker.SetDTPicketDate(parts[0], parts[1], parts[2]), std::invalid_argument) << parts[0];
-  }
-  EXPECT_EQ(control.shown, (CalendarDate{2020, 1, 2}));
-  EXPECT_EQ(picker.GetDTPicketDate(), "02/01/2020");
+  testing::FakeDatePicker control;
+  EXPECT_EQ(detectorDateText(control, CalDate{31, 12, 2025}, "none"), "none");
+  EXPECT_EQ(detectorDateText(control, CalDate{30, 12, 2025}, "none"), "30/12/2025");
 }
 
 }  // namespace

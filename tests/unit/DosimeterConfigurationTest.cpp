@@ -120,17 +120,19 @@ TEST(ChamberFile, KeepsWhatParsesAndNamesWhatItDropped) {
       {good.substr(0, good.size() - 1), {{7, 1}}, 0},                       // no TAB after the last field
       {std::string("1\t7\tIC\t1\t3\tCF\t2\t1.5\0\t9\t", 17), {{7, 1}}, 0},  // the text ends at its zero byte
       {"", {}, 1},
-      {"x\t", {}, 1},
-      {"2\t7\tIC\t0\t", {{7, 0}}, 1},                  // fewer chambers than counted
-      {"1\t7\tIC\t2\t3\tCF\t2\t1.5\t", {{7, 1}}, 1},   // the file ends inside a chamber
-      {"1\t7\tIC\t1\t3\tCF\t2\tabc\t", {{7, 0}}, 1},   // a constant that is no number
-      {"1\t7\tIC\t1\t3\tCF\t2\t1e99\t", {{7, 0}}, 1},  // beyond a Single
-      {"1\t7\tIC\t1\t3\tCF\tx\t1.5\t", {{7, 0}}, 1},   // a unit that is no number
-      {"1\t0\tIC\t0\t", {}, 1},                        // no chamber number
-      {"1\t7\tIC\tx\t", {}, 1},                        // the order is lost
-      {"1\t7\tABCDEFGHIJKLMNOPQ\t0\t", {{7, 0}}, 1},   // a name longer than 15 bytes
-      {"1\t7\tI\x01\xE9\t0\t", {{7, 0}}, 1},           // bytes outside ASCII
-      {"1\t7\tIC\t0\textra\t", {{7, 0}}, 1},           // fields after the last chamber
+      {"x\t", {}, 1},                                            // read as 0 chambers, in part
+      {"2\t7\tIC\t0\t", {{7, 0}}, 1},                            // fewer chambers than counted
+      {"1\t7\tIC\t2\t3\tCF\t2\t1.5\t", {{7, 1}}, 1},             // the file ends inside a chamber
+      {"1\t7\tIC\t1\t3\tCF\t2\tabc\t", {{7, 1}}, 1},             // a constant without digits reads as 0
+      {"1\t7\tIC\t1\t3\tCF\t2\t1e99\t", {{7, 0}}, 1},            // beyond a Single
+      {"1\t7\tIC\t1\t3\tCF\t2\t1e999\t", {{7, 0}}, 1},           // beyond a Double
+      {"1\t0\tIC\t0\t", {}, 1},                                  // no chamber number
+      {"1\t7\tIC\tx\t", {{7, 0}}, 1},                            // no cal factor count
+      {"+1\t 7.0\tIC\t1,0 \t3\tCF\t2\t1,5E-03\t", {{7, 1}}, 0},  // numbers as the platform reads them
+      {"1\t7\tIC\t1\t3x\tCF\t2\t1.5 mGy\t", {{7, 1}}, 2},        // read up to what is no number
+      {"1\t7\tABCDEFGHIJKLMNOPQ\t0\t", {{7, 0}}, 1},             // a name longer than 15 bytes
+      {"1\t7\tI\x01\xE9\t0\t", {{7, 0}}, 1},                     // bytes outside ASCII
+      {"1\t7\tIC\t0\textra\t", {{7, 0}}, 1},                     // fields after the last chamber
   };
   for (const auto& c : cases) {
     const ChamberFile file = readChamberFile(c.bytes);
@@ -149,6 +151,9 @@ TEST(ChamberFile, KeepsWhatParsesAndNamesWhatItDropped) {
   EXPECT_EQ(file.chambers.back().calFactorCount, kMaxCalFactors);
   EXPECT_EQ(file.problems.size(), 12u + 2u) << "one cal factor too many per chamber, two chambers too many";
   EXPECT_EQ(nameOf(readChamberFile("1\t7\tI\x01\xE9\t0\t").chambers[0]), "I??");
+  const CalFactor read = readChamberFile("1\t7\tIC\t1\t3\tCF\t2\t-1,5E-03\t").chambers[0].calFactors[0];
+  EXPECT_EQ(std::tuple(read.number, read.unitCode, read.calConstant),
+            std::tuple(std::int16_t{3}, 2, -1.5E-3F));
 }
 
 TEST(DosimeterConfiguration, ComparedSettingsAreKeptOrWrittenAsTheUserChooses) {
@@ -158,6 +163,7 @@ TEST(DosimeterConfiguration, ComparedSettingsAreKeptOrWrittenAsTheUserChooses) {
   CompareData wanted = stored;
   wanted.rSetTemperature = 22.5F;
   wanted.lDoseUnit = 2;
+  const CompareData every{2, 1, 1, 25.5F, 700.0F, 22, 3, 0, 2, 4, 30, 3, 4, 1.5F, -0.5F};
   const struct {
     CompareData values;
     int answer;
@@ -168,6 +174,11 @@ TEST(DosimeterConfiguration, ComparedSettingsAreKeptOrWrittenAsTheUserChooses) {
       {stored, kAnswerOk, false, {}, stored},
       {wanted, kAnswerOk, true, {"MBSetADCF", "MBSetDosimeterUnit"}, wanted},
       {wanted, kAnswerCancel, true, {}, stored},
+      {every,
+       kAnswerOk,
+       true,
+       {"MBSetADCF", "MBSetDosimeterMode", "MBSetDosimeterUnit", "MBSetTempPressureOffset"},
+       every},
   };
   for (const auto& c : cases) {
     InstrumentRig rig;
@@ -180,6 +191,15 @@ TEST(DosimeterConfiguration, ComparedSettingsAreKeptOrWrittenAsTheUserChooses) {
     for (const std::string& call : rig.callsOf("MBSet")) writes.push_back(call.substr(0, call.find('(')));
     EXPECT_EQ(writes, c.writes);
     EXPECT_TRUE(values == c.after) << "the by-reference values";
+    const SimDetectorState held = rig.simulator->detector(303);
+    const auto& [adcf, mode, unit, offset] =
+        std::tie(held.adcf, held.dosimeterMode, held.dosimeterUnit, held.tempPressureOffset);
+    EXPECT_TRUE(
+        (CompareData{adcf.mode, adcf.useSetTemperature, adcf.useSetPressure, adcf.setTemperature,
+                     adcf.setPressure, static_cast<std::int32_t>(adcf.referenceTemperature), mode.mode,
+                     mode.autoReset, unit.doseUnit, unit.doseRateUnit, unit.frameRate, unit.temperatureUnit,
+                     unit.pressureUnit, offset.pressureOffset, offset.temperatureOffset}) == c.after)
+        << "what the dosimeter holds";
   }
 }
 

@@ -117,6 +117,13 @@ TEST_F(Settings, SerialNumbersAndVersionsOfEverySlotEndWithAComma) {
   EXPECT_EQ(instrument->pSerialNumber(), "1201,1305,");
   EXPECT_EQ(instrument->pFirmWareVersion(), "2.14 - 1.3,1.8 - 1.1,");
   EXPECT_EQ(instrument->GetNumberOfTargetFilters(), 2);
+  for (const int count : {255, 300}) {
+    std::string names = R"("F1")";
+    for (int i = 2; i <= count; ++i) names += R"(, "F)" + std::to_string(i) + '"';
+    start(R"({"identifier": 101, "typeCode": 1, "targetFilters": {"valid": [)" + names + "]}}");
+    EXPECT_EQ(instrument->GetNumberOfTargetFilters(), count > 255 ? 0 : count) << "a count no Byte holds";
+  }
+  start(kAio + "," + kDose);
   std::vector<std::string> names(4);
   instrument->GetValidTargetFilters(names, 4);
   EXPECT_EQ(names, (std::vector<std::string>{"W/Al", "Mo/Mo", "", ""}));

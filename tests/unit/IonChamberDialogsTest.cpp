@@ -66,8 +66,6 @@ TEST_F(IonChamberDialogs, TheListsTheButtonsAndTheReadOnlyLayout) {
   start(0, 0);
   openSetup(nullptr);
   EXPECT_EQ(setup().chambers, (Fields{"No Ion Chamber", "New"}));
-  EXPECT_FALSE(setup().buttons[SetupButton::Edit].enabled);
-  EXPECT_FALSE(setup().buttons[SetupButton::Delete].enabled);
   EXPECT_EQ(rig.platform.windows.calls.back(), (std::vector<int>{230, 110}))
       << "the pointer goes to Continue";
 
@@ -85,6 +83,64 @@ TEST_F(IonChamberDialogs, TheListsTheButtonsAndTheReadOnlyLayout) {
   EXPECT_FALSE(setup().buttons[SetupButton::Delete].visible);
   EXPECT_EQ(setup().buttons[SetupButton::Continue].left, 70) << "Continue takes Delete's place";
   EXPECT_EQ(setup().buttons[SetupButton::Cancel].left, 130) << "Cancel takes Continue's place";
+}
+
+TEST_F(IonChamberDialogs, EveryRefillChoosesTheSharedSelectionAndContinueSendsIt) {
+  const struct {
+    int chambers, calFactors;
+    std::int16_t chamber, calFactor;  // the shared selection
+    Fields
+        steps;  // entries chosen ("CF " in the cal factor list), "Edit", "Delete" (ticks the first chamber)
+    Fields typed;  // what the editor is given before OK; empty: it is cancelled
+    std::string chosen;
+    int calFactorEntry;
+    bool calConstantShown, editEnabled;
+    std::string sent;
+  } cases[] = {
+      {0, 0, 0, 0, {}, {}, "No Ion Chamber", -1, false, false, "0, 0"},
+      {2, 2, 0, 0, {}, {}, "No Ion Chamber", -1, false, true, "0, 0"},
+      {2, 2, 1, 5, {}, {}, "IC1", -1, false, true, "1, 5"},  // no factor has that number
+      {2, 2, 0, 0, {"IC2", "CF CF2"}, {}, "IC2", 1, true, true, "2, 2"},
+      {2, 0, 1, 7, {"IC2"}, {}, "IC2", -1, false, true, "2, 7"},
+      {0, 0, 0, 0, {"New"}, {"IC9", "CF1", "1", "1"}, "No Ion Chamber", -1, false, true, "0, 0"},
+      {2, 2, 2, 2, {"IC1", "Edit"}, {"IC1", "CF1", "2.5", "-3"}, "IC2", 1, true, true, "2, 2"},
+      {2, 2, 2, 2, {"IC1", "Delete"}, {}, "IC2", 1, true, true, "2, 2"},
+      {2, 2, 2, 2, {"IC1", "New"}, {}, "New", 0, true, true, "2, 2"},  // a cancelled editor: no refill
+      {2, 2, 2, 2, {"IC1", "CF New"}, {}, "IC1", 2, true, true, "1, 0"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.chambers) + (c.steps.empty() ? "" : " " + c.steps.back()));
+    start(c.chambers, c.calFactors);
+    table().selectedChamber = c.chamber;
+    table().selectedCalFactor = c.calFactor;
+    setup().buttons = testing::ScriptedSetupView().buttons;  // a new form each time
+    if (!c.typed.empty())
+      editor().scripts.push_back([&](EditIonChamberDialog& e) { editor().type(e, c.typed, 2); });
+    rig.platform.boxes.answers = {kAnswerYes};
+    deletion().scripts.push_back([](DeleteIonChamberDialog& d) {
+      d.chamberTicked(0, true);
+      d.deleteClicked();
+    });
+    openSetup([&](IonChamberSetupDialog& s) {
+      for (const std::string& step : c.steps) {
+        if (step == "Edit")
+          s.editClicked();
+        else if (step == "Delete")
+          s.deleteClicked();
+        else
+          setup().choose(s, step.substr(step.rfind("CF ", 0) == 0 ? 3 : 0), step.rfind("CF ", 0) == 0);
+      }
+      EXPECT_EQ(setup().chamberEntryText(), c.chosen);
+      EXPECT_EQ(setup().calFactor, c.calFactorEntry);
+      EXPECT_EQ(setup().calConstant, c.calConstantShown ? "2.5E-03 Gy/C" : "");
+      EXPECT_EQ(setup().buttons[SetupButton::Edit].enabled, c.editEnabled);
+      s.continueClicked();
+    });
+    EXPECT_EQ(rig.callsOf("MBSetIonChamberCalFactor"),
+              Fields{"MBSetIonChamberCalFactor(303, " + c.sent + ")"});
+    EXPECT_EQ(table().selectedChamberName, c.chosen);
+    deletion().scripts.clear();
+  }
 }
 
 TEST_F(IonChamberDialogs, ChamberAndCalFactorLimitsCountListEntries) {
@@ -130,22 +186,11 @@ TEST_F(IonChamberDialogs, ContinueSendsTheChoiceToEveryDosimeterAndCancelChanges
 
   rig.simulator->clearCalls();
   openSetup([&](IonChamberSetupDialog& s) {
-    setup().choose(s, "IC2");
-    setup().choose(s, "CF2", true);
-    s.continueClicked();
-  });
-  EXPECT_FALSE(table().noIonChamber);
-  EXPECT_EQ(table().selectedChamberName, "IC2");
-  EXPECT_EQ(rig.callsOf("MBSetIonChamberCalFactor").front(), "MBSetIonChamberCalFactor(303, 2, 2)");
-
-  rig.simulator->clearCalls();
-  openSetup([&](IonChamberSetupDialog& s) {
     setup().choose(s, "IC1");
     s.cancelClicked();
   });
   EXPECT_EQ(rig.calls("MB"), 0);
-  EXPECT_EQ(table().selectedChamber, 2);
-  EXPECT_EQ(table().selectedCalFactor, 2);
+  EXPECT_EQ(table().selectedChamber + table().selectedCalFactor, 0) << "Continue's choice stays";
 }
 
 TEST(EditorKeys, EachFieldTakesOnlyItsCharacters) {
@@ -243,7 +288,6 @@ TEST_F(IonChamberDialogs, AdditionsStoreOnlyWhatTheDosimeterAccepted) {
   EXPECT_EQ(std::tuple(nameOf(table().at(1)), nameOf(first), first.unitCode, first.calConstant, first.number),
             std::tuple(std::string("new"), std::string("RQR 5"), 3, 0.0F, std::int16_t{1}));
   EXPECT_EQ(rig.platform.boxes.shown[0].style, kBoxInformation);
-  EXPECT_EQ(setup().chamberEntryText(), "new") << "the setup dialog chooses the added chamber";
 
   // A cal factor added to a chamber: a plain box; a name the chamber has is refused under the title.
   start(1, 1);
@@ -267,6 +311,8 @@ TEST_F(IonChamberDialogs, AnEditLooksTheExponentLetterUpAndTheChamberNameFieldIs
   EXPECT_FLOAT_EQ(edited.calConstant, 4.25e-7F);
   EXPECT_EQ(edited.unitCode, 3);
   EXPECT_EQ(boxTexts(), Fields{}) << "no message follows an edit";
+  typeInEditor("", false, {"IC1 renamed", "CF1 new", "1", "1"});
+  EXPECT_EQ(rig.calls("MBEdit"), 4) << "an edit keeping its own names is no clash";
 
   typeInEditor("", false, {"IC2", "CF2", "1", "1"});
   EXPECT_EQ(boxTexts(), Fields{"Ion Chamber name already exists, please enter different name."});
@@ -310,16 +356,20 @@ TEST_F(IonChamberDialogs, TicksFollowChamberAndCalFactorsAndDeleteRemovesWhatIsT
 
   rig.platform.boxes.answers = {kAnswerYes, kAnswerYes};
   openDeletion([&](Delete& d) {
+    d.chamberTicked(0, true);
+    d.calFactorTicked(1, false);  // the chamber stays, its first factor goes
     d.chamberTicked(1, true);
     d.chamberSelected(2);
     d.calFactorTicked(0, true);
     d.deleteClicked();
   });
-  EXPECT_EQ(rig.callsOf("MBDelete"), (Fields{"MBDeleteIonChamber(303, 2)", "MBDeleteCalfactor(303, 3, 1)"}));
+  EXPECT_EQ(rig.callsOf("MBDelete"), (Fields{"MBDeleteCalfactor(303, 1, 1)", "MBDeleteIonChamber(303, 2)",
+                                             "MBDeleteCalfactor(303, 3, 1)"}));
   ASSERT_EQ(table().count, 2);
-  EXPECT_EQ(
-      std::tuple(nameOf(table().at(1)), table().at(1).calFactorCount, nameOf(table().at(1).calFactors[0])),
-      std::tuple(std::string("IC3"), std::uint8_t{1}, std::string("CF2")));
+  for (std::size_t i = 0; i < 2; ++i) {
+    EXPECT_EQ(std::tuple(table().at(i).calFactorCount, nameOf(table().at(i).calFactors[0])),
+              std::tuple(std::uint8_t{1}, std::string("CF2")));
+  }
   EXPECT_EQ(setup().chambers, (Fields{"No Ion Chamber", "IC1", "IC3", "New"}));
 
   rig.simulator->clearCalls();

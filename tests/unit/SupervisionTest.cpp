@@ -36,13 +36,15 @@ TEST_F(Supervision, AnIdleDetectorSleepsThenShutsDownAndLeavesTheTable) {
   const struct {
     std::int32_t sleep, shutDown;
     std::uint32_t idle;
+    bool boxFails;           ///< the sleep box's component fails: the call ends there
     std::vector<int> modes;  ///< set in turn: 1 asleep, 3 shut down (with the box, out of the table)
     std::vector<std::string> notices;
   } cases[] = {
-      {5000, 9000, 4999, {}, {}},
-      {5000, 9000, 5000, {1}, {"Detector Sleep"}},
-      {5000, 5000, 5000, {1, 3}, {"Detector Sleep closed"}},
-      {9000, 5000, 6000, {3}, {}},
+      {5000, 9000, 4999, false, {}, {}},
+      {5000, 9000, 5000, false, {1}, {"Detector Sleep"}},
+      {5000, 5000, 5000, false, {1, 3}, {"Detector Sleep closed"}},
+      {9000, 5000, 6000, false, {3}, {}},
+      {5000, 5000, 5000, true, {1}, {" never shown"}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::to_string(c.sleep) + "/" + std::to_string(c.shutDown) + " idle " +
@@ -52,6 +54,7 @@ TEST_F(Supervision, AnIdleDetectorSleepsThenShutsDownAndLeavesTheTable) {
     events.events.clear();
     startIdle(detector(101));
     platform.clock.now += c.idle;
+    platform.notices.failing = c.boxFails;
     const bool shutDown = !c.modes.empty() && c.modes.back() == 3;
     EXPECT_EQ(instrument->CheckDetectorPowerStatus(c.sleep, c.shutDown), !shutDown);
     std::vector<std::string> modes;
@@ -93,13 +96,16 @@ TEST_F(Supervision, WakeUpAndCancelAnswerTheSleepBox) {
   simulator->clearCalls();
   instrument->CheckDetectorPowerStatus(5000, 90000);  // still asleep: nothing again
   EXPECT_TRUE(powerModes().empty());
+  const std::uint32_t wake = platform.clock.now;
+  platform.clock.step = 1000;
   instrument->DetectorWakeUp();
+  platform.clock.step = 0;
   EXPECT_EQ(powerModes(), (std::vector<std::string>{"MBSetPowerMode(101, 2)", "MBSetPowerMode(102, 2)"}));
   instrument->CheckSleepStatus();
   EXPECT_EQ(events.events.size(), 2U) << "awake: no Wake Up button";
-  platform.clock.now += 4999;
+  platform.clock.now = wake + 1000 + 4999;
   instrument->CheckDetectorPowerStatus(5000, 90000);
-  EXPECT_EQ(powerModes().size(), 2U) << "the wake-up is the new last activity";
+  EXPECT_EQ(powerModes().size(), 2U) << "the last slot's wake-up is the new last activity";
 
   platform.clock.now += 1;
   instrument->CheckDetectorPowerStatus(5000, 90000);
@@ -114,31 +120,38 @@ TEST_F(Supervision, WakeUpAndCancelAnswerTheSleepBox) {
 TEST_F(Supervision, EachWarningComesOncePerEpisodeAndALostLinkEmptiesTheSlot) {
   const struct {
     std::string faults;
-    std::vector<std::string> polls;  // per poll: CheckDetectorStatus's result and the box it opened
+    // Per poll ("!": its box fails): CheckDetectorStatus's result, the charge and the box it showed.
+    std::vector<std::string> polls;
   } cases[] = {
       {R"({"veryLowBattery": true, "charging": {"fromPoll": 2, "polls": 2}})",
-       {"True Very Low Battery", "True", "True", "True Very Low Battery", "True"}},
-      {R"({"lowBattery": {"fromPoll": 1, "polls": 2}})", {"True Low Battery", "True", "True"}},
-      {R"({"linkLossAfterCalls": 2})", {"True", "False Connection Lost", "False", "False"}},
+       {"True 4% Very Low Battery", "True charging", "True charging", "True 4% Very Low Battery", "True 4%"}},
+      {R"({"lowBattery": {"fromPoll": 1, "polls": 2}})", {"True 15% Low Battery", "True 15%", "True 80%"}},
+      {R"({"veryLowBattery": true})", {"!False 4%", "True 4% Very Low Battery", "True 4%"}},
+      {R"({"linkLossAfterCalls": 2})", {"True 80%", "False 80% Connection Lost", "False 80%", "False 80%"}},
+      {R"({"linkLossAfterCalls": 2})", {"True 80%", "!False 80%", "False 80% Connection Lost", "False 80%"}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.faults);
     platform.notices.boxes.clear();
     startIdle(detector(101, c.faults));
     std::vector<std::string> polls;
-    for (std::size_t poll = 0; poll < c.polls.size(); ++poll) {
+    for (const std::string& expected : c.polls) {
       const std::size_t before = platform.notices.boxes.size();
       const bool empty = context->state.identifierAt(0) == 0;
       const bool connected = instrument->CheckConnectionStatus();
+      platform.notices.failing = expected[0] == '!';
       const bool result = instrument->CheckDetectorStatus();
+      platform.notices.failing = false;
+      const auto& box = platform.notices.boxes.size() > before ? platform.notices.boxes.back() : nullptr;
       polls.push_back(
-          std::string(result ? "True" : "False") +
-          (platform.notices.boxes.size() > before ? " " + platform.notices.boxes.back()->caption : ""));
+          std::string(expected[0] == '!' ? "!" : "") + (result ? "True " : "False ") +
+          (context->state.charging ? "charging" : std::to_string(context->state.chargePercent) + "%") +
+          (box && box->shown ? " " + box->caption : ""));
       EXPECT_TRUE(!empty || connected) << "an empty slot is no lost link";
     }
     EXPECT_EQ(polls, c.polls);
   }
-  EXPECT_EQ(platform.notices.boxes[0]->heading, "Connection lost with the detector : 9101");
+  EXPECT_EQ(platform.notices.boxes.back()->heading, "Connection lost with the detector : 9101");
   EXPECT_FALSE(instrument->pMeasurementStatus());
 }
 

@@ -180,6 +180,10 @@ TEST_F(Waveforms, ALinkLostBetweenBlocksEndsTheDownloadWithTheTextGatheredSoFar)
                        "MBResumeUpdateThread"}));
   EXPECT_EQ(values(text) - 1, 3U * 26);
   EXPECT_EQ(instrument->pResolution(), 0) << "an interrupted download leaves the resolution alone";
+
+  start(mas(102, 30000, 100, 2, R"({"masLinkLossAfterBlocks": 1})"));
+  EXPECT_LT(instrument->GetWaveformInSecs(0, 10, 100, 2).capacity(), 30000U)
+      << "the text grows with the blocks received, not with the count announced";
 }
 
 TEST_F(Waveforms, AMemberCalledFromThePumpLeavesTheOuterTransferWhole) {

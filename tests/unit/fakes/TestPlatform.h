@@ -140,9 +140,11 @@ struct TestPump final : EventPump {
   }
 };
 
+/// A clock that moves only when told, or by `step` after each reading.
 struct ManualClock final : Clock {
   std::uint32_t now = 1000;
-  std::uint32_t milliseconds() override { return now; }
+  std::uint32_t step = 0;
+  std::uint32_t milliseconds() override { return std::exchange(now, now + step); }
 };
 
 /// A locale with a chosen decimal separator whose code page is UTF-8.
@@ -154,7 +156,8 @@ struct FixedLocale final : Locale {
 };
 
 /// Notice boxes that record what they showed; a test presses their buttons. The records outlive the
-/// boxes the instrument owns and destroys.
+/// boxes the instrument owns and destroys. While `failing`, every call on a box throws, as when the
+/// component's server has gone.
 struct RecordingNoticeBoxes final : NoticeBoxes {
   struct Record {
     std::string heading, message, button1, button2, caption;
@@ -163,25 +166,31 @@ struct RecordingNoticeBoxes final : NoticeBoxes {
     std::function<void()> onButton1, onButton2;
   };
   struct Box final : NoticeBox {
-    explicit Box(std::shared_ptr<Record> to) : record(std::move(to)) {}
+    Box(std::shared_ptr<Record> to, const bool& fails) : record(std::move(to)), failing(fails) {}
     std::shared_ptr<Record> record;
-    void show() override { record->shown = true; }
-    void close() override { record->closed = true; }
-    void setHeading(const std::string& text) override { record->heading = text; }
-    void setMessage(const std::string& text) override { record->message = text; }
-    void setButton1(const std::string& text) override { record->button1 = text; }
-    void setButton2(const std::string& text) override { record->button2 = text; }
-    void setCaption(const std::string& text) override { record->caption = text; }
+    const bool& failing;
+    Record& checked() const {
+      if (failing) throw std::runtime_error("the box's server has gone");
+      return *record;
+    }
+    void show() override { checked().shown = true; }
+    void close() override { checked().closed = true; }
+    void setHeading(const std::string& text) override { checked().heading = text; }
+    void setMessage(const std::string& text) override { checked().message = text; }
+    void setButton1(const std::string& text) override { checked().button1 = text; }
+    void setButton2(const std::string& text) override { checked().button2 = text; }
+    void setCaption(const std::string& text) override { checked().caption = text; }
   };
   /// Every box created, in order.
   std::vector<std::shared_ptr<Record>> boxes;
+  bool failing = false;
   std::unique_ptr<NoticeBox> create(std::function<void()> onButton1,
                                     std::function<void()> onButton2) override {
     auto record = std::make_shared<Record>();
     record->onButton1 = std::move(onButton1);
     record->onButton2 = std::move(onButton2);
     boxes.push_back(record);
-    return std::make_unique<Box>(record);
+    return std::make_unique<Box>(record, failing);
   }
 };
 
@@ -410,13 +419,12 @@ class ScriptedDeleteView final : public ScriptedIonChamberView<DeleteIonChamberV
   void selectCalFactorItem(int index) override { calFactor = index; }
   void setChamberTicked(int index, bool ticked) override { chamberTicks.at(index) = ticked; }
   void setCalConstantText(const std::string& text) override { calConstant = text; }
-  void setWaitMessageVisible(bool visible) override { waitShown = waitShown || visible; }
+  void setWaitMessageVisible(bool) override {}
   WindowHandle cancelButton() override { return 0x4000; }
 
   std::vector<std::string> chambers, calFactors;
   std::vector<bool> chamberTicks, calFactorTicks;
   int chamber = -1, calFactor = -1;
-  bool waitShown = false;
 };
 
 /// Hands out the scripted views, which the test configures before the code shows them.
