@@ -64,7 +64,7 @@ finish() {
   local picture
   while IFS= read -r picture; do
     convert "$picture" "${picture%.bmp}.png" 2>/dev/null && rm -f "$picture"
-  done < <(find "$artifacts_root" -name '*.bmp' 2>/dev/null)
+  done < <(find build/e2e-artifacts -name "*.bmp" 2>/dev/null)
   wineserver -k 2>/dev/null || true
   echo "$1 ($bits-bit): $passed passed, $failed failed"
   [ "$failed" -eq 0 ]

@@ -163,7 +163,7 @@ void checkUnload(const Options&) {
 
 std::vector<Check> comChecks() {
   return {
-      {"type-library", "each ProgID's class, its event source and events, every member's name and DISPID",
+      {"classes", "each ProgID's class, its event source and events, every member's name and DISPID",
        checkTypeLibrary},
       {"unload", "used, released, unloaded by CoFreeUnusedLibrariesEx, loaded and used again", checkUnload},
   };

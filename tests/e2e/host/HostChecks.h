@@ -69,8 +69,8 @@ HWND connectList(HWND connect);
 /// Plays the person at the bench while the main thread is inside `call`, a call of the plug-in that
 /// opens modal windows: `script` runs on an automation thread; once it has ended, every window still
 /// shown is closed, and named in the failure unless `windowsExpected`.
-void driveModal(const Options& options, const char* check, const std::function<void()>& script,
-                const std::function<HRESULT()>& call, const char* callName, bool windowsExpected = false);
+void driveModal(const std::function<void()>& script, const std::function<HRESULT()>& call,
+                const char* callName, bool windowsExpected = false);
 /// Closes a window the way someone who wants out would: Cancel, Stop or OK, else its close box.
 void dismiss(HWND window);
 /// Dispatches messages, incoming COM calls among them, until `done` or `timeoutMs`.
@@ -97,7 +97,7 @@ std::optional<std::size_t> openHandles();
 /// The instrument class, created by ProgID, with `pCurrentMode` set to `mode`.
 ComPtr<_CRX9400VTI> instrumentIn(const wchar_t* mode);
 /// ScanAndConnectToDetector with every listed row ticked and Connect pressed.
-void connectAll(const Options& options, const char* check, Session& session);
+void connectAll(Session& session);
 
 /// A session with the scenario's detector `id` connected and an instrument in RADIO mode.
 struct Detector {
@@ -107,8 +107,7 @@ struct Detector {
 };
 /// The scenario's detector connected through the connect dialog; when `measured`, its exposure measured
 /// too: armed, and CheckDataStatus called until every part has delivered.
-Detector prepareDetector(const Options& options, const char* check, const wchar_t* scenario, std::int32_t id,
-                         bool measured);
+Detector prepareDetector(const Options& options, const wchar_t* scenario, std::int32_t id, bool measured);
 /// ResetTheDetectors and CloseApp.
 void closeDetector(Detector& detector);
 

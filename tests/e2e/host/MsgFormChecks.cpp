@@ -70,7 +70,7 @@ HWND formOf(DWORD process, const wchar_t* caption) {
 void checkSleepNotice(const Options& options) {
   const Registration registration;
   Session session = openSession(options, L"exposure-aio.json");
-  connectAll(options, "msgform-sleep", session);
+  connectAll(session);
   auto instrument = createByProgId<_CRX9400VTI>(kInstrumentProgId, IID__CRX9400VTI);
   expectHr(instrument->InitTimer(), S_OK, "InitTimer");  // idle from now: asleep, not shut down
   VARIANT_BOOL result = VARIANT_FALSE;

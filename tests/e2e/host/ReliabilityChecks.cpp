@@ -87,7 +87,7 @@ bool pass(_CRX9400VTI* instrument, int number, float endTime) {
 }
 
 void checkShift(const Options& options) {
-  Detector detector = prepareDetector(options, "shift", L"shift.json", 701, true);
+  Detector detector = prepareDetector(options, L"shift.json", 701, true);
   _CRX9400VTI* instrument = detector.instrument.get();
   ComPtr<RecordingSink> sink;
   *sink.put() = new RecordingSink();
@@ -102,25 +102,24 @@ void checkShift(const Options& options) {
   Held warm{}, end{};
   double seconds = 0;
   std::string why;  // a failed call: the automation thread must see the loop end either way
-  driveModal(
-      options, "shift", [] {},
-      [&] {
-        attempt(why, "the shift", [&] {
-          for (int number = 0; number < kWarmUpPasses; ++number)
-            emptyDownloads += pass(instrument, number, float(endTime)) ? 1 : 0;
-          warm = held();
-          LARGE_INTEGER frequency, start, stop;
-          QueryPerformanceFrequency(&frequency);
-          QueryPerformanceCounter(&start);
-          for (int number = kWarmUpPasses; number < kWarmUpPasses + kPasses; ++number)
-            emptyDownloads += pass(instrument, number, float(endTime)) ? 1 : 0;
-          QueryPerformanceCounter(&stop);
-          seconds = double(stop.QuadPart - start.QuadPart) / double(frequency.QuadPart);
-          end = held();
-        });
-        return S_OK;
-      },
-      "the shift");
+  driveModal([] {},
+             [&] {
+               attempt(why, "the shift", [&] {
+                 for (int number = 0; number < kWarmUpPasses; ++number)
+                   emptyDownloads += pass(instrument, number, float(endTime)) ? 1 : 0;
+                 warm = held();
+                 LARGE_INTEGER frequency, start, stop;
+                 QueryPerformanceFrequency(&frequency);
+                 QueryPerformanceCounter(&start);
+                 for (int number = kWarmUpPasses; number < kWarmUpPasses + kPasses; ++number)
+                   emptyDownloads += pass(instrument, number, float(endTime)) ? 1 : 0;
+                 QueryPerformanceCounter(&stop);
+                 seconds = double(stop.QuadPart - start.QuadPart) / double(frequency.QuadPart);
+                 end = held();
+               });
+               return S_OK;
+             },
+             "the shift");
   expect(why.empty(), why);
   expectHr(instrument->EnableMeasurements(VARIANT_FALSE), S_OK, "EnableMeasurements");
   const std::size_t events = sink->events().size();

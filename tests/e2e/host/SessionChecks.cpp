@@ -20,7 +20,6 @@ namespace {
 void checkScanConnect(const Options& options) {
   Session session = openSession(options);
   driveModal(
-      options, "scan-connect",
       [&] {
         HWND scan = waitForDialog(L"Scanning...", "the scan dialog");
         savePicture(scan, options.artifacts, "scan-connect-scanning");
@@ -50,7 +49,6 @@ void checkScanConnect(const Options& options) {
 void checkConnectRefusal(const Options& options) {
   Session session = openSession(options);
   driveModal(
-      options, "connect-refusal",
       [&] {
         HWND connect = waitForDialog(L"Establish Connection", "the connect dialog");
         connectList(connect);

@@ -114,15 +114,7 @@ HWND waitForDialog(const std::wstring& caption, const std::string& what) {
   filter.processId = GetCurrentProcessId();
   filter.caption = caption;
   filter.className = kDialogClass;
-  HWND dialog = nullptr, box = nullptr;
-  pollFor(kStepMs, [&] {
-    const std::vector<HWND> found = findWindows(filter);
-    dialog = found.empty() ? nullptr : found.front();
-    box = dialog == nullptr ? waitForMessageBox(GetCurrentProcessId(), 0) : nullptr;
-    return dialog != nullptr || box != nullptr;
-  });
-  if (box != nullptr)
-    fail(what + " did not appear, a message box " + quoted(windowText(box)) + " came instead");
+  HWND dialog = waitForWindow(filter, kStepMs);
   expect(dialog != nullptr, what + " " + quoted(caption) + " did not appear");
   return dialog;
 }
@@ -159,8 +151,8 @@ HWND connectList(HWND connect) {
   return list;
 }
 
-void driveModal(const Options&, const char*, const std::function<void()>& script,
-                const std::function<HRESULT()>& call, const char* callName, bool windowsExpected) {
+void driveModal(const std::function<void()>& script, const std::function<HRESULT()>& call,
+                const char* callName, bool windowsExpected) {
   HANDLE callReturned = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   std::string why;
   std::vector<std::string> unexpected;
@@ -201,9 +193,8 @@ ComPtr<_CRX9400VTI> instrumentIn(const wchar_t* mode) {
   return instrument;
 }
 
-void connectAll(const Options& options, const char* check, Session& session) {
+void connectAll(Session& session) {
   driveModal(
-      options, check,
       [&] {
         HWND connect = waitForDialog(L"Establish Connection", "the connect dialog");
         HWND list = connectList(connect);
@@ -218,10 +209,9 @@ void connectAll(const Options& options, const char* check, Session& session) {
   exportOf<decltype(&SimClearCallLog)>(session.simulator, "SimClearCallLog")();
 }
 
-Detector prepareDetector(const Options& options, const char* check, const wchar_t* scenario, std::int32_t id,
-                         bool measured) {
+Detector prepareDetector(const Options& options, const wchar_t* scenario, std::int32_t id, bool measured) {
   Detector detector{openSession(options, scenario), {}, id};
-  connectAll(options, check, detector.session);
+  connectAll(detector.session);
   detector.instrument = instrumentIn(L"RADIO");
   if (!measured) return detector;
 
@@ -231,17 +221,16 @@ Detector prepareDetector(const Options& options, const char* check, const wchar_
     return now.exposuresDelivered >= 1 && (!mas || now.masExposuresDelivered >= 1);
   };
   expectHr(detector.instrument->EnableMeasurements(VARIANT_TRUE), S_OK, "EnableMeasurements(True)");
-  driveModal(
-      options, check, [] {},
-      [&] {
-        VARIANT_BOOL finished = VARIANT_FALSE;
-        HRESULT hr = S_OK;
-        for (int pass = 0; pass < 20 && SUCCEEDED(hr) && !delivered(); ++pass) {
-          hr = detector.instrument->CheckDataStatus(&finished);
-        }
-        return hr;
-      },
-      "CheckDataStatus");
+  driveModal([] {},
+             [&] {
+               VARIANT_BOOL finished = VARIANT_FALSE;
+               HRESULT hr = S_OK;
+               for (int pass = 0; pass < 20 && SUCCEEDED(hr) && !delivered(); ++pass) {
+                 hr = detector.instrument->CheckDataStatus(&finished);
+               }
+               return hr;
+             },
+             "CheckDataStatus");
   expect(delivered(), "the exposure was not measured in 20 passes of CheckDataStatus");
   expectHr(detector.instrument->EnableMeasurements(VARIANT_FALSE), S_OK, "EnableMeasurements(False)");
   return detector;

@@ -67,19 +67,18 @@ const std::pair<const wchar_t*, std::int32_t> kRecordings[] = {{L"waveform-long.
 
 /// One download from 0 to the exposure's end time, its text compared value by value with the platform's
 /// writing of the section's samples k as k/10, "a,b,c".
-void download(const Options& options, const Detector& detector, bool milliSeconds) {
+void download(const Detector& detector, bool milliSeconds) {
   const std::int32_t count = simulatorDetector(detector.session.simulator, detector.id).waveformPoints;
   double endTime = 0;
   expectHr(detector.instrument->get_pGetExposureTime(&endTime), S_OK, "pGetExposureTime");
   BSTR result = nullptr;
   const float end = static_cast<float>(endTime);
-  driveModal(
-      options, "waveforms", [] {},
-      [&] {
-        return milliSeconds ? detector.instrument->GetWaveformInMilliSec(0, end, count, &result)
-                            : detector.instrument->GetWaveformInSecs(0, end, count, 1, &result);
-      },
-      "the download");
+  driveModal([] {},
+             [&] {
+               return milliSeconds ? detector.instrument->GetWaveformInMilliSec(0, end, count, &result)
+                                   : detector.instrument->GetWaveformInSecs(0, end, count, 1, &result);
+             },
+             "the download");
   const std::wstring text = taken(result);
   std::size_t at = 0, value = 0;
   for (const std::int32_t k : publishedSamples(detector.id, static_cast<std::size_t>(count))) {
@@ -101,10 +100,10 @@ void checkDownloads(const Options& options) {
       const std::string what = narrow(scenario) + " (decimal \"" + narrow(separator) + "\")";
       attempt(why, what, [&] {
         const UserDecimalSeparator decimal(separator);
-        Detector detector = prepareDetector(options, "waveforms", scenario, id, true);
+        Detector detector = prepareDetector(options, scenario, id, true);
         for (const bool milliSeconds : {true, false})
           attempt(why, what + (milliSeconds ? " GetWaveformInMilliSec" : " GetWaveformInSecs"),
-                  [&] { download(options, detector, milliSeconds); });
+                  [&] { download(detector, milliSeconds); });
         closeDetector(detector);
       });
     }
