@@ -2,8 +2,8 @@
 # Runs every test of the project on a fresh Debian 12 machine: installs what is missing (as root),
 # builds the four presets, runs the native tests (plain and with sanitizers), and runs the Windows
 # builds under Wine: the x86_64 build under 64-bit Wine and, where 32-bit Wine is there or can be
-# installed, the i686 build under 32-bit Wine (the plug-in end to end, the shared services, the demo's
-# session recorded and replayed), then the installer packages; they share one Wine prefix and run one
+# installed, the i686 build under 32-bit Wine (the plug-in end to end, the demo's session recorded and
+# replayed), then the installer packages; they share one Wine prefix and run one
 # after the other. Ends with the count of code and test lines.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -29,8 +29,6 @@ fi
 for bits in "${bitnesses[@]}"; do
   echo "== Windows end-to-end checks ($bits-bit)"
   bash tests/e2e/run.sh "$bits"
-  echo "== Windows checks of the shared services ($bits-bit)"
-  bash tests/e2e/services/run.sh "$bits"
   echo "== Record and replay under Wine ($bits-bit)"
   bash tests/e2e/replay/run.sh "$bits"
 done

@@ -1,11 +1,10 @@
 // IDispatch argument handling: every member of both dual interfaces, read from the type information,
 // called through IDispatch::Invoke with each argument in turn replaced by a value of a type that does
 // not convert (Null, an object without IDispatch, a word for a number), left out (DISP_E_PARAMNOTFOUND),
-// an empty and a 64 KiB text, a null reference; with one argument too many and malformed DISPPARAMS;
-// and through the dual interface's vtable (DispCallFunc) with a null result pointer. A call answers S_OK
-// or one of the dispatch layer's refusals, never an exception of the member; a wrong type and a missing
-// required argument are refused; a null result pointer is E_POINTER. What values each member takes is
-// tested natively. Whatever window a member opens is closed from an automation thread.
+// an empty and a 64 KiB text, a null reference; with one argument too many and null DISPPARAMS. A
+// call answers S_OK or one of the dispatch layer's refusals, never an exception of the member; a wrong
+// type and a missing required argument are refused. What values each member takes is tested natively.
+// Whatever window a member opens is closed from an automation thread.
 #include <windows.h>
 
 #include <oleauto.h>
@@ -31,9 +30,6 @@ struct Member {
   DISPID id;
   WORD flags;
   std::vector<Parameter> parameters;  ///< without the result
-  bool hasResult;
-  short vtableOffset;
-  std::vector<VARTYPE> vtableTypes;  ///< as the vtable takes them, the result pointer last
 };
 
 /// The members of the dual interface `object` answers for, from its type information.
@@ -58,9 +54,6 @@ std::vector<Member> membersOf(IDispatch* object) {
                   static_cast<WORD>(function->invkind == INVOKE_PROPERTYPUT   ? DISPATCH_PROPERTYPUT
                                     : function->invkind == INVOKE_PROPERTYGET ? DISPATCH_PROPERTYGET
                                                                               : DISPATCH_METHOD),
-                  {},
-                  false,
-                  function->oVft,
                   {}};
     for (SHORT p = 0; p < function->cParams; ++p) {
       const ELEMDESC& element = function->lprgelemdescParam[p];
@@ -70,10 +63,7 @@ std::vector<Member> membersOf(IDispatch* object) {
         const TYPEDESC& to = *element.tdesc.lptdesc;
         type = to.vt == VT_SAFEARRAY ? static_cast<VARTYPE>(VT_ARRAY | to.lptdesc->vt) : to.vt;
       }
-      member.vtableTypes.push_back(element.tdesc.vt);
-      if ((element.paramdesc.wParamFlags & PARAMFLAG_FRETVAL) != 0)
-        member.hasResult = true;
-      else
+      if ((element.paramdesc.wParamFlags & PARAMFLAG_FRETVAL) == 0)
         member.parameters.push_back(
             {type, byReference, (element.paramdesc.wParamFlags & PARAMFLAG_FOPT) != 0});
     }
@@ -175,34 +165,6 @@ void invoke(IDispatch* object, const Member& member, const std::string& what, Ou
     failures.push_back(member.name + " " + what + ": " + hresultText(hr));
 }
 
-/// A null result pointer through the dual interface's vtable, every other pointer valid.
-void nullResult(IDispatch* object, const Member& member, std::vector<std::string>& failures) {
-  const std::size_t count = member.vtableTypes.size();
-  std::vector<VARIANT> values(count), storage(count);
-  std::vector<VARIANTARG*> pointers;
-  std::vector<VARTYPE> types;
-  for (std::size_t p = 0; p < count; ++p) {
-    const VARTYPE type = member.vtableTypes[p];
-    // A pointer travels as a plain pointer-sized value, to a Variant's storage (room for any type).
-    values[p] = variantOf(type == VT_PTR ? static_cast<VARTYPE>(VT_BYREF | VT_UI1) : type);
-    VariantInit(&storage[p]);
-    if (type == VT_PTR) V_BYREF(&values[p]) = p + 1 == count ? nullptr : &V_I4(&storage[p]);
-    if (type == VT_BSTR) V_BSTR(&values[p]) = SysAllocString(L"1");
-    if (type == VT_R4) V_R4(&values[p]) = 1;
-    if (type == VT_I4 || type == VT_I2 || type == VT_UI1 || type == VT_BOOL) V_I4(&values[p]) = 1;
-    types.push_back(V_VT(&values[p]));
-    pointers.push_back(&values[p]);
-  }
-  VARIANT answer;
-  VariantInit(&answer);
-  HRESULT hr = DispCallFunc(object, member.vtableOffset, CC_STDCALL, VT_ERROR, static_cast<UINT>(count),
-                            types.data(), pointers.data(), &answer);
-  if (SUCCEEDED(hr)) hr = V_ERROR(&answer);
-  for (std::size_t p = 0; p < count; ++p)
-    if (member.vtableTypes[p] == VT_BSTR) SysFreeString(V_BSTR(&values[p]));
-  if (hr != E_POINTER) failures.push_back(member.name + " with a null result pointer: " + hresultText(hr));
-}
-
 /// Every case of one member.
 void probe(IDispatch* object, const Member& member, std::vector<std::string>& failures) {
   const auto none = [](Arguments&) {};
@@ -237,7 +199,6 @@ void probe(IDispatch* object, const Member& member, std::vector<std::string>& fa
     if (parameter.byReference)
       with("a null reference", Outcome::Either, [&] { return variantOf(VT_BYREF | parameter.type); });
   }
-  if (member.hasResult) nullResult(object, member, failures);
 }
 
 void checkBadArguments(const Options& options) {

@@ -1,6 +1,6 @@
 // The plug-in's COM contract as the executive meets it through the registry and the type library:
 // each ProgID's class, its class information and default event source, every member's name and DISPID,
-// the events interface's DISPIDs, and the plug-in unloaded and loaded again.
+// the events interface's DISPIDs.
 #include <windows.h>
 
 #include <objbase.h>
@@ -17,8 +17,6 @@
 
 namespace rx9400::e2e {
 namespace {
-
-constexpr wchar_t kPluginFile[] = L"TamsaRX9400VTI.dll";
 
 struct ClassEntry {
   const wchar_t* progId;
@@ -127,45 +125,12 @@ void checkTypeLibrary(const Options&) {
          "the member lists are incomplete");
 }
 
-/// RegisterApp loads the device library and registers with it; ResetTheDetectors reaches it.
-void useDeviceLibrary(_CRX9400Query* query, const char* round) {
-  const std::string when = std::string(" (") + round + ")";
-  expectHr(query->RegisterApp(), S_OK, "RegisterApp" + when);
-  HMODULE simulator = loadedSimulator();
-  expect(simulatorState(simulator).registered == 1, "the device library saw no MBRegisterApplication" + when);
-  expectHr(query->ResetTheDetectors(), S_OK, "ResetTheDetectors" + when);
-  expect(!calls(simulator, "MBStopScanningAndReset").empty(),
-         "ResetTheDetectors did not reach the library" + when);
-}
-
-/// Used, released with the session left open, unloaded by CoFreeUnusedLibrariesEx, loaded and used again.
-void checkUnload(const Options&) {
-  using CanUnload = HRESULT(STDAPICALLTYPE*)();
-  const auto canUnload = [] {
-    HMODULE plugin = GetModuleHandleW(kPluginFile);
-    expect(plugin != nullptr, "the plug-in is not loaded");
-    return exportOf<CanUnload>(plugin, "DllCanUnloadNow")();
-  };
-  {
-    auto query = createByProgId<_CRX9400Query>(kQueryProgId, IID__CRX9400Query);
-    useDeviceLibrary(query.get(), "first load");
-    expectHr(canUnload(), S_FALSE, "DllCanUnloadNow with an object alive");
-  }
-  expectHr(canUnload(), S_OK, "DllCanUnloadNow after every object was released");
-  CoFreeUnusedLibrariesEx(0, 0);
-  expect(GetModuleHandleW(kPluginFile) == nullptr, "CoFreeUnusedLibrariesEx left the plug-in loaded");
-  auto query = createByProgId<_CRX9400Query>(kQueryProgId, IID__CRX9400Query);
-  useDeviceLibrary(query.get(), "loaded again");
-  expectHr(query->CloseApp(), S_OK, "CloseApp");
-}
-
 }  // namespace
 
 std::vector<Check> comChecks() {
   return {
       {"classes", "each ProgID's class, its event source and events, every member's name and DISPID",
        checkTypeLibrary},
-      {"unload", "used, released, unloaded by CoFreeUnusedLibrariesEx, loaded and used again", checkUnload},
   };
 }
 

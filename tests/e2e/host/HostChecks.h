@@ -54,13 +54,12 @@ struct Session {
 /// scenarios folder when given, else TAMSA_SIM_SCENARIO); the call log starts empty.
 Session openSession(const Options& options, const wchar_t* scenario = nullptr);
 
-/// A message box of the plug-in: its caption and text, OK alone; pictured, then answered with OK.
-void answerMessageBox(const Options& options, const std::string& picture, HWND box,
-                      const std::wstring& caption, const std::wstring& text);
+/// The next message box of the plug-in: its caption and text, OK alone; pictured, then answered with OK.
+void answerMessageBox(const Options& options, const std::string& picture, const std::wstring& caption,
+                      const std::wstring& text);
 
 /// Waits for a dialog of this process; a message box that comes instead fails at once.
 HWND waitForDialog(const std::wstring& caption, const std::string& what);
-HWND waitForBox(const std::string& when);
 void press(HWND window, int id, const char* what);
 void expectGone(HWND window, const std::string& what);
 /// The connect dialog's detector list, once it lists something.

@@ -53,8 +53,7 @@ void checkConnectRefusal(const Options& options) {
         HWND connect = waitForDialog(L"Establish Connection", "the connect dialog");
         connectList(connect);
         press(connect, IDC_CONNECT_CONNECT, "Connect");
-        answerMessageBox(options, "connect-refusal-select-detector",
-                         waitForBox("after Connect with nothing ticked"), L"Select Detector",
+        answerMessageBox(options, "connect-refusal-select-detector", L"Select Detector",
                          L"No detector selected, please select a detector to proceed.");
         expect(!waitUntilGone(connect, 300), "the connect dialog closed after the refusal");
         press(connect, IDC_CONNECT_CANCEL, "Cancel");

@@ -119,12 +119,6 @@ HWND waitForDialog(const std::wstring& caption, const std::string& what) {
   return dialog;
 }
 
-HWND waitForBox(const std::string& when) {
-  HWND box = waitForMessageBox(GetCurrentProcessId(), kStepMs);
-  expect(box != nullptr, "no message box appeared " + when);
-  return box;
-}
-
 void press(HWND window, int id, const char* what) {
   expect(clickButton(GetDlgItem(window, id)), std::string("the button ") + what + " cannot be pressed");
 }
@@ -133,8 +127,10 @@ void expectGone(HWND window, const std::string& what) {
   expect(waitUntilGone(window, kStepMs), what + " stayed open");
 }
 
-void answerMessageBox(const Options& options, const std::string& picture, HWND box,
-                      const std::wstring& caption, const std::wstring& text) {
+void answerMessageBox(const Options& options, const std::string& picture, const std::wstring& caption,
+                      const std::wstring& text) {
+  HWND box = waitForMessageBox(GetCurrentProcessId(), kStepMs);
+  expect(box != nullptr, "no message box " + quoted(caption) + " appeared");
   expect(windowText(box) == caption, "the message box is titled " + quoted(windowText(box)));
   expect(messageBoxText(box) == text, "the message box says " + quoted(messageBoxText(box)));
   expect(buttonTexts(box) == std::vector<std::wstring>{L"OK"}, quoted(caption) + " does not offer OK alone");

@@ -7,8 +7,7 @@
 Option Explicit
 On Error Resume Next
 
-Dim failures, calls, lastCall
-failures = 0: calls = 0: lastCall = "the start"
+Dim failures, calls, lastCall: failures = 0: calls = 0: lastCall = "the start"
 ' Checked NAME, ANSWER, TYPE: a call that raised skipped its statement, so the error is seen here and
 ' named after the last call that succeeded.
 Sub Checked(name, answer, answerType)
@@ -21,9 +20,7 @@ Sub Checked(name, answer, answerType)
   lastCall = name
   If answerType >= 0 Then Expect name, VarType(answer) = answerType, "VarType " & VarType(answer)
 End Sub
-Sub Check(name)
-  Checked name, Empty, -1
-End Sub
+Sub Check(name): Checked name, Empty, -1: End Sub
 Sub Expect(name, condition, what)
   If Not condition Then WScript.Echo "FAIL " & name & ": " & what: failures = failures + 1
 End Sub
@@ -41,29 +38,22 @@ q.RegisterApp: Check "RegisterApp"
 If WScript.Arguments.Count > 0 Then q.ScanAndConnectToDetector: Check "ScanAndConnectToDetector"
 Dim detectorType: detectorType = 0
 q.SendDetectorType detectorType: Check "SendDetectorType variable"
-q.ResetTheDetectors: Check "ResetTheDetectors"
 Checked "IsDetectorConnected", q.IsDetectorConnected, vbBoolean
 
-Checked "pPercentageCharge", v.pPercentageCharge, vbByte
 Checked "pResolution", v.pResolution, vbSingle
 Checked "pGetExposureTime", v.pGetExposureTime, vbDouble
-Checked "CheckDataStatus", v.CheckDataStatus, vbBoolean
 Checked "pSerialNumber", v.pSerialNumber, vbString
-Checked "GetIonChambers", v.GetIonChambers, -1
-v.InitTimer: Check "InitTimer"
 v.pCurrentMode = "RAD": Check "pCurrentMode"
 Dim text, number, flag
 number = -5: v.pDelay = number: Check "pDelay variable"
 text = "W/Rh": v.pTargetFilter = text: Check "pTargetFilter variable"
 Expect "pTargetFilter variable", text = "W/Rh", "the variable changed to """ & text & """"
 
-Dim rMin, rMax, dataPoints, lValue
-rMin = 0: rMax = 1.5: dataPoints = 100: lValue = 1
+Dim rMin, rMax, dataPoints, lValue: rMin = 0: rMax = 1.5: dataPoints = 100: lValue = 1
 Checked "GetWaveformInSecs without lValue", v.GetWaveformInSecs(0, 1.5, 100), vbString
 Checked "GetWaveformInSecs variables", v.GetWaveformInSecs(rMin, rMax, dataPoints, lValue), vbString
 flag = False: v.EnableMeasurements flag: Check "EnableMeasurements variable"
-Dim filters(4), filterCount
-filterCount = 5
+Dim filters(4), filterCount: filterCount = 5
 v.GetValidTargetFilters filters, filterCount: Check "GetValidTargetFilters array, variable"
 Expect "GetValidTargetFilters", UBound(filters) = 4, "the array now ends at " & UBound(filters)
 v.GetValidTargetFilters Array("Mo/Mo", "W/Rh"), 2: Check "GetValidTargetFilters array literal"
