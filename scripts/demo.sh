@@ -13,37 +13,29 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh
 
-if [ -z "${RX9400_DEMO_ON_XVFB:-}" ]; then
+if [ -z "${RX9400_ON_XVFB:-}" ]; then
   ensure_packages
   echo "Building the Windows plug-in and the detector simulator..."
   build_preset mingw64 >/dev/null
-  # A Wine session opens its windows on the display it started with: the whole run gets its own.
-  exec env RX9400_DEMO_ON_XVFB=1 xvfb-run -a -s "-screen 0 1280x800x24" bash "$0" "$@"
 fi
+# A Wine session opens its windows on the display it started with: the whole run gets its own.
+on_virtual_display "$@"
 
 use_wine_prefix
-wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1 || true
-bin=build/mingw64/bin
+bin=$(build_dir_for_bits 64)/bin
 pictures=build/demo
 rm -rf "$pictures" && mkdir -p "$pictures"
 if [ -n "${TAMSA_SIM_SCENARIO:-}" ]; then
-  export TAMSA_SIM_SCENARIO="$(winepath -w "$(realpath "$TAMSA_SIM_SCENARIO")")"
+  export TAMSA_SIM_SCENARIO="$(windows_path "$TAMSA_SIM_SCENARIO")"
   echo "Scenario: $TAMSA_SIM_SCENARIO"
 fi
-wine regsvr32 /s "$(winepath -w "$bin/TamsaRX9400VTI.dll")"
+wine_tool 64 regsvr32 /s "$(windows_path "$bin/TamsaRX9400VTI.dll")"
 
-automate() { timeout 300 wine "$bin/rx9400-automate.exe" --artifacts="$(winepath -w "$pictures")" "$@"; }
 # The scan is over in a second: its picture is taken on the side, when the dialog is caught.
-(automate --timeout=30 --process=rx9400-demo.exe window "Scanning..." screenshot scan-dialog.bmp \
-   >/dev/null 2>&1 || true) &
+(timeout 60 "$(wine_for_bits 64)" "$bin/rx9400-automate.exe" "--artifacts=$(windows_path "$pictures")" \
+  --timeout=30 --process=rx9400-demo.exe window "Scanning..." screenshot scan-dialog.bmp >/dev/null 2>&1 || true) &
 status=0
-# Both detectors (rows 0 and 1) for the exposure, then the all-in-one detector (row 1) alone for its
-# waveforms; each connection reports the detector's calibration in a message box.
-automate --timeout=60 --run="$(winepath -w "$bin/rx9400-demo.exe") --waveforms $(winepath -w "$pictures")" \
-  window "Establish Connection" screenshot connect-dialog.bmp tick 0 tick 1 screenshot connect-ticked.bmp \
-  click Connect gone messagebox screenshot calibration-report.bmp click OK \
-  window "Establish Connection" tick 1 click Connect gone messagebox click OK 2>&1 |
-  grep -v '^rx9400-automate: ' || status=${PIPESTATUS[0]}
+run_demo_connected 64 "$pictures" --waveforms "$(windows_path "$pictures")" || status=$?
 wait
 # DATA PNG LABEL: the waveform over time, titled by the data file's first line.
 plot() {

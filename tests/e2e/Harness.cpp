@@ -34,7 +34,7 @@ DWORD WINAPI watch(void* done) {
 }
 
 bool run(const Check& check, const Options& options) {
-  gCurrent = std::string(check.name) + (options.pseudoLanguage ? " (pseudo language)" : "");
+  gCurrent = check.name;
   HANDLE done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   HANDLE watchdog = CreateThread(nullptr, 0, watch, done, 0, nullptr);
   std::string why;
@@ -70,8 +70,6 @@ int runChecks(int argc, char** argv, const std::vector<Check>& checks) {
       options.scenarios = value("--scenarios=");
     } else if (word.rfind("--limit=", 0) == 0) {
       gLimitMs = static_cast<DWORD>(std::atoi(word.c_str() + 8)) * 1000;
-    } else if (word == "--pseudo-language") {
-      options.pseudoLanguage = true;
     } else if (word == "--list") {
       for (const Check& check : checks) std::printf("%-22s %s\n", check.name, check.proves);
       return 0;

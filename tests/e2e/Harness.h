@@ -13,6 +13,8 @@
 
 namespace rx9400::e2e {
 
+using namespace rx9400::tools;
+
 struct CheckFailure {
   std::string why;
 };
@@ -21,8 +23,6 @@ struct CheckFailure {
 struct Options {
   std::wstring artifacts = L".";  ///< folder for pictures and files a person may look at
   std::wstring scenarios;         ///< folder of the simulator scenarios checks load themselves
-  /// The test language component is registered: the plug-in's texts show as "[[" + text + "]]".
-  bool pseudoLanguage = false;
 };
 
 struct Check {
@@ -32,7 +32,7 @@ struct Check {
 };
 
 /// Runs the checks named on the command line in a single-threaded apartment:
-///   PROGRAM [--artifacts=FOLDER] [--scenarios=FOLDER] [--limit=SECONDS] [--pseudo-language] [--list]
+///   PROGRAM [--artifacts=FOLDER] [--scenarios=FOLDER] [--limit=SECONDS] [--list]
 ///   CHECK...
 /// The exit code is non-zero when one failed.
 int runChecks(int argc, char** argv, const std::vector<Check>& checks);
@@ -78,11 +78,8 @@ void savePicture(HWND window, const std::wstring& folder, const std::string& nam
 /// Creates a class by ProgID (CLSIDFromProgID, CoCreateInstance in process) and asks for `iid`.
 template <typename T>
 ComPtr<T> createByProgId(const wchar_t* progId, REFIID iid) {
-  CLSID classId{};
-  expectHr(CLSIDFromProgID(progId, &classId), S_OK, "CLSIDFromProgID(" + narrow(progId) + ")");
   ComPtr<T> object;
-  expectHr(CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, iid, object.putVoid()), S_OK,
-           "CoCreateInstance(" + narrow(progId) + ")");
+  expectHr(tools::createByProgId(progId, iid, object), S_OK, "creating " + narrow(progId));
   return object;
 }
 

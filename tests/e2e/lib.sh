@@ -1,52 +1,51 @@
-# What run.sh and services/run.sh share (sourced from the repository's root): a display and a Wine
-# prefix of their own, Wine programs under time limits, and PASS/FAIL lines counted into a summary.
-
-# Every Wine process of a run shares one virtual display: a Wine session started without a display
-# cannot open windows later, and checks find other programs' windows by enumeration.
-if [ -z "${RX9400_E2E_ON_XVFB:-}" ]; then
-  command -v xvfb-run >/dev/null || { echo "xvfb-run is missing: apt-get install xvfb xauth" >&2; exit 1; }
-  exec env RX9400_E2E_ON_XVFB=1 xvfb-run -a -s "-screen 0 1280x800x24" bash "$0" "$@"
-fi
+# What the runners under tests/e2e share (sourced from the repository's root; the runner's arguments
+# follow): the bitness to check, given as the first argument (32 or 64, 64 when none), a virtual
+# display and the private Wine prefix (scripts/common.sh), Wine programs of that bitness under time
+# limits, and PASS/FAIL lines counted into a summary. Sets bits, bin (the build's programs) and
+# artifacts_root (pictures and logs, one folder per bitness).
 source scripts/common.sh
+bits=${1:-64}
+case $bits in
+  32 | 64) ;;
+  *) echo "usage: $0 [32|64]" >&2; exit 2 ;;
+esac
+on_virtual_display "$@"
+if [ "$bits" = 32 ] && ! wine32_available; then
+  echo "32-bit Wine is missing: the i686 build cannot run (scripts/common.sh: ensure_wine32)" >&2
+  exit 1
+fi
 export WINEPREFIX="$PWD/build/wineprefix"
 # A Wine session left over from a run on another display would serve this one: let it end first.
 timeout 30 wineserver -w 2>/dev/null || true
 use_wine_prefix
 trap 'wineserver -k 2>/dev/null || true' EXIT
-bin=build/mingw64/bin
+bin=$(build_dir_for_bits "$bits")/bin
+artifacts_root=build/e2e-artifacts/win$bits
 passed=0
 failed=0
 
+# LIMIT PROGRAM ARGS: a program of the build; LIMIT TOOL ARGS (run_tool): one of Wine's own tools.
 run_wine() {
   local limit=$1; shift
-  timeout --kill-after=5 "$limit" wine "$@"
+  timeout --kill-after=5 "$limit" "$(wine_for_bits "$bits")" "$@"
 }
-# The Windows path of a file (Wine's drive Z: is the Unix root).
-windows_path() {
-  printf 'Z:%s' "$(realpath -m "$1" | tr / '\\')"
+run_tool() {
+  run_wine "$1" "$(wine_tool_path "$bits" "$2")" "${@:3}"
 }
-# Wine draws window frames itself (no window manager on the virtual display): pictures show captions.
-run_wine 30 reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1
 
 # One check: NAME COMMAND...; the command's output is shown indented.
 check() {
-  local name=$1; shift
-  local output status
+  local name=$1 output status; shift
   output=$("$@" 2>&1)
   status=$?
   printf '%s\n' "$output" | tr -d '\r' | sed '/^$/d; s/^/  /'
-  if [ "$status" -eq 0 ]; then
-    echo "PASS $name"; passed=$((passed + 1))
-  else
-    echo "FAIL $name"; failed=$((failed + 1))
-  fi
+  if [ "$status" -eq 0 ]; then echo "PASS $name"; passed=$((passed + 1)); else echo "FAIL $name"; failed=$((failed + 1)); fi
 }
 
-# A program that prints its own PASS/FAIL lines: each is counted (SUFFIX, when given, is added to its
-# name); a failing exit without a FAIL line (a crash, a time-out) counts as the failure NAME.
+# A program that prints its own PASS/FAIL lines: each is counted; a failing exit without a FAIL line (a
+# crash, a time-out) counts as the failure NAME.
 check_lines() {
-  local name=$1; shift
-  local output status before=$failed line
+  local name=$1 output status before=$failed line; shift
   output=$("$@" 2>&1)
   status=$?
   while IFS= read -r line; do
@@ -65,8 +64,8 @@ finish() {
   local picture
   while IFS= read -r picture; do
     convert "$picture" "${picture%.bmp}.png" 2>/dev/null && rm -f "$picture"
-  done < <(find build/e2e-artifacts -name '*.bmp' 2>/dev/null)
+  done < <(find build/e2e-artifacts -name "*.bmp" 2>/dev/null)
   wineserver -k 2>/dev/null || true
-  echo "$1: $passed passed, $failed failed"
+  echo "$1 ($bits-bit): $passed passed, $failed failed"
   [ "$failed" -eq 0 ]
 }

@@ -11,7 +11,7 @@
 
 #include "Automation.h"
 
-namespace rx9400::e2e {
+namespace rx9400::tools {
 namespace {
 
 constexpr DWORD kPollMs = 50;
@@ -511,22 +511,4 @@ bool processRunning(DWORD processId) {
   return running;
 }
 
-std::string narrow(const std::wstring& text) {
-  if (text.empty()) return {};
-  const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0,
-                                       nullptr, nullptr);
-  std::string result(static_cast<std::size_t>(size), '\0');
-  WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), result.data(), size, nullptr,
-                      nullptr);
-  return result;
-}
-
-std::wstring widen(const std::string& text) {
-  if (text.empty()) return {};
-  const int size = MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
-  std::wstring result(static_cast<std::size_t>(size), L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), result.data(), size);
-  return result;
-}
-
-}  // namespace rx9400::e2e
+}  // namespace rx9400::tools

@@ -15,7 +15,9 @@
 #include <string>
 #include <vector>
 
-namespace rx9400::e2e {
+#include "Text.h"
+
+namespace rx9400::tools {
 
 /// The class of dialogs and message boxes.
 inline constexpr wchar_t kDialogClass[] = L"#32770";
@@ -96,10 +98,6 @@ std::vector<DWORD> processesNamed(const std::wstring& fileName);
 DWORD waitForProcess(const std::wstring& fileName, DWORD timeoutMs);
 bool processRunning(DWORD processId);
 
-/// UTF-16 and UTF-8 for messages and command lines.
-std::string narrow(const std::wstring& text);
-std::wstring widen(const std::string& text);
-
 /// Runs `body` on a thread of its own (the automation thread) and joins it on destruction.
 class AutomationThread {
  public:
@@ -143,4 +141,4 @@ class AutomationThread {
   HANDLE thread_ = nullptr;
 };
 
-}  // namespace rx9400::e2e
+}  // namespace rx9400::tools

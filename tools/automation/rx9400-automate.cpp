@@ -30,7 +30,7 @@
 
 namespace {
 
-using namespace rx9400::e2e;
+using namespace rx9400::tools;
 
 struct Failure {
   std::string why;

@@ -1,11 +1,12 @@
-// An owning COM interface pointer, for the demo and the test programs.
+// An owning COM interface pointer, and classes created by ProgID, for the demo and the test programs.
 #pragma once
 
 #include <windows.h>
 
+#include <objbase.h>
 #include <unknwn.h>
 
-namespace rx9400::e2e {
+namespace rx9400::tools {
 
 template <typename T>
 class ComPtr {
@@ -44,4 +45,12 @@ class ComPtr {
   T* pointer_ = nullptr;
 };
 
-}  // namespace rx9400::e2e
+/// Creates an in-process class by its ProgID and asks it for `iid`.
+template <typename T>
+HRESULT createByProgId(const wchar_t* progId, REFIID iid, ComPtr<T>& object) {
+  CLSID classId{};
+  const HRESULT hr = CLSIDFromProgID(progId, &classId);
+  return FAILED(hr) ? hr : CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, iid, object.putVoid());
+}
+
+}  // namespace rx9400::tools

@@ -5,7 +5,7 @@
 
 #include "win/TamsaRX9400VTI_h.h"
 
-namespace rx9400::e2e {
+namespace rx9400::tools {
 namespace {
 
 /// The text of a value, through its reference if it is one; "?" when it has none.
@@ -88,4 +88,4 @@ Advised::Advised(IUnknown* source, IDispatch* sink) {
   if (FAILED(result)) point_.reset();
 }
 
-}  // namespace rx9400::e2e
+}  // namespace rx9400::tools

@@ -14,7 +14,7 @@
 
 #include "ComPtr.h"
 
-namespace rx9400::e2e {
+namespace rx9400::tools {
 
 class RecordingSink final : public IDispatch {
  public:
@@ -84,4 +84,4 @@ class Advised {
   DWORD cookie_ = 0;
 };
 
-}  // namespace rx9400::e2e
+}  // namespace rx9400::tools

@@ -22,16 +22,16 @@
 #include <string>
 #include <vector>
 
-#include "Automation.h"
 #include "ComPtr.h"
 #include "RecordingSink.h"
+#include "Text.h"
 #include "win/TamsaRX9400VTI_h.h"
 
 namespace {
 
-using rx9400::e2e::ComPtr;
-using rx9400::e2e::narrow;
-using rx9400::e2e::RecordingSink;
+using rx9400::tools::ComPtr;
+using rx9400::tools::narrow;
+using rx9400::tools::RecordingSink;
 
 void check(HRESULT hr, const char* what) {
   if (SUCCEEDED(hr)) return;
@@ -49,11 +49,9 @@ void pump() {
 
 template <typename Interface>
 ComPtr<Interface> create(const wchar_t* progId, REFIID iid) {
-  CLSID classId;
-  check(CLSIDFromProgID(progId, &classId), "finding the class (is the plug-in registered?)");
   ComPtr<Interface> object;
-  check(CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, iid, object.putVoid()),
-        "creating the class");
+  check(rx9400::tools::createByProgId(progId, iid, object),
+        "creating the class (is the plug-in registered?)");
   return object;
 }
 
@@ -145,7 +143,7 @@ int demo(int passes, const std::string& waveforms) {
   *sink.put() = new RecordingSink();
   std::map<DISPID, std::vector<std::string>> last;
   sink->onEvent = [&last](const RecordingSink::Event& event) {
-    std::string line = rx9400::e2e::eventName(event.id);
+    std::string line = rx9400::tools::eventName(event.id);
     std::vector<std::string>& values = last[event.id];
     values.clear();
     for (const auto& argument : event.arguments) values.push_back(narrow(argument.text));
@@ -153,7 +151,7 @@ int demo(int passes, const std::string& waveforms) {
     std::printf("  event: %s\n", line.c_str());
     std::fflush(stdout);
   };
-  const rx9400::e2e::Advised advised(instrument.get(), sink.get());
+  const rx9400::tools::Advised advised(instrument.get(), sink.get());
   check(advised.result, "listening to the events");
 
   std::printf("Registering with the device library and scanning for detectors...\n");

@@ -1,12 +1,13 @@
-// Whole exposures through the instrument class, as the executive runs a test step: a detector connected
-// through the plug-in's dialogs, the settings sent, the detector armed, and CheckDataStatus called
-// until it says the exposure is finished. The executive's sink records each event with its argument
-// types (DataReady's Strings by reference) and may write its own text back. The checks load their
-// scenarios themselves (--scenarios), so that one host process goes through both kinds of detector.
+// Early binding with events: whole exposures through the instrument's vtable, as the executive runs a
+// test step, the events arriving at the executive's sink through the connection point with their
+// declared argument types (DataReady's Strings by reference, a text written back taken by the
+// plug-in). The events' order and texts are decided by portable code and tested natively; here they
+// only show that every event crossed the boundary. The check loads its scenarios itself (--scenarios).
 #include <windows.h>
 
 #include <oleauto.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -25,58 +26,34 @@ VARTYPE declaredType(DISPID id, std::size_t index) {
   return VT_BOOL;
 }
 
-/// An event as one line, Strings in quotes: `DataReady("80.3", ...)`, `EnableStopButton(False)`; an
-/// argument of another type than declared is marked, so that it never matches.
-std::string describe(const RecordingSink::Event& event) {
+/// An event as one line, an argument of another type than declared marked: `DataReady(80.3, ...)`.
+std::string describe(const RecordingSink::Event& event, bool& typed) {
   std::string line = eventName(event.id) + "(";
   for (std::size_t i = 0; i < event.arguments.size(); ++i) {
     const RecordingSink::Argument& argument = event.arguments[i];
-    line += (i == 0 ? "" : ", ") +
-            ((argument.type & ~VT_BYREF) == VT_BSTR ? quoted(argument.text) : narrow(argument.text));
+    line += (i == 0 ? "" : ", ") + narrow(argument.text);
     if (argument.type != declaredType(event.id, i))
       line += " (VARTYPE " + std::to_string(argument.type) + ")";
+    typed = typed && argument.type == declaredType(event.id, i);
   }
   return line + ")";
 }
 
-/// An expected event with String arguments.
-std::string withTexts(const char* name, std::vector<const char*> texts) {
-  std::string line = std::string(name) + "(";
-  for (const char* text : texts) line += (line.back() == '(' ? "\"" : ", \"") + std::string(text) + "\"";
-  return line + ")";
-}
-
-const char* const kStopOff = "EnableStopButton(False)";
-const char* const kAioWaveform = "CheckExposureWaveform(1)";
-const char* const kMasWaveform = "CheckExposureWaveform(3)";
-const char* const kWaveCount = "IncrementWaveCount()";
-
 struct Exposure {
-  const wchar_t* scenario;  ///< in the scenarios folder; its only detector
-  bool rewriteKvp;          ///< the sink writes "99.9" into DataReady's sKvpAvg
-  double kvp;               ///< pGetExposurekVp afterwards
-  std::vector<std::string> events;
+  const wchar_t* scenario;     ///< in the scenarios folder; its only detector
+  bool rewriteKvp;             ///< the sink writes "99.9" into DataReady's sKvpAvg
+  double kvp;                  ///< pGetExposurekVp afterwards
+  std::vector<DISPID> raised;  ///< every event that must arrive
 };
 
 /// Between them the two kinds raise every event of an undisturbed exposure, each argument type: the
-/// all-in-one detector (kind 1) and the dosimeter with mAs meter (kind 5). RADIO mode, dose unit 1; the
-/// kVp maximum of kind 1 is over range, its dose marked; the dosimeter reads in the units it keeps.
-std::vector<Exposure> exposures() {
-  // clang-format off
-  return {
-      {L"exposure-aio.json", true, 99.9,
-       {kStopOff, withTexts("DataReady", {"80.3", "OL", "79.8", "1.234*", "12.34", "100", "", "", "", "3.5"}),
-        kStopOff, kAioWaveform, kWaveCount}},
-      {L"exposure-dose-mas.json", false, 0,
-       {withTexts("TestSWDataReady", {"22.5", "760", "1.000", "0.012", "2.51", "25.1", "300.0"}), kStopOff,
-        withTexts("TestmAsDataReady", {"200", "20", "1", "0.1255"}), kStopOff, kStopOff, kMasWaveform, kWaveCount}},
-  };
-  // clang-format on
-}
+/// all-in-one detector (kind 1) and the dosimeter with mAs meter (kind 5).
+const Exposure kExposures[] = {{L"exposure-aio.json", true, 99.9, {1, 4, 5, 6}},
+                               {L"exposure-dose-mas.json", false, 0, {1, 4, 6, 9, 10}}};
 
 void measure(const Options& options, const Exposure& exposure) {
   Session session = openSession(options, exposure.scenario);
-  connectAll(options, "exposures", session);
+  connectAll(session);
   auto instrument = instrumentIn(L"RADIO");
   ComPtr<RecordingSink> sink;
   *sink.put() = new RecordingSink();
@@ -94,22 +71,25 @@ void measure(const Options& options, const Exposure& exposure) {
   expectHr(instrument->EnableMeasurements(VARIANT_TRUE), S_OK, "EnableMeasurements(True)");
 
   VARIANT_BOOL finished = VARIANT_FALSE;
-  driveModal(
-      options, "exposures", [] {},
-      [&] {
-        HRESULT hr = S_OK;
-        for (int pass = 0; pass < 20 && SUCCEEDED(hr) && finished == VARIANT_FALSE; ++pass) {
-          hr = instrument->CheckDataStatus(&finished);
-        }
-        return hr;
-      },
-      "CheckDataStatus");
+  driveModal([] {},
+             [&] {
+               HRESULT hr = S_OK;
+               for (int pass = 0; pass < 20 && SUCCEEDED(hr) && finished == VARIANT_FALSE; ++pass) {
+                 hr = instrument->CheckDataStatus(&finished);
+               }
+               return hr;
+             },
+             "CheckDataStatus");
   std::vector<std::string> seen;
-  for (const auto& event : sink->events()) seen.push_back(describe(event));
-  expect(finished == VARIANT_TRUE,
-         "CheckDataStatus did not return True in 20 passes; events " + joined(seen));
-  expect(seen == exposure.events,
-         "the events were " + joined(seen) + ", expected " + joined(exposure.events));
+  bool typed = true, all = true;
+  for (const auto& event : sink->events()) seen.push_back(describe(event, typed));
+  for (const DISPID id : exposure.raised) {
+    all = all && std::any_of(sink->events().begin(), sink->events().end(),
+                             [&](const RecordingSink::Event& event) { return event.id == id; });
+  }
+  expect(finished == VARIANT_TRUE && typed && all,
+         "CheckDataStatus " + std::string(finished == VARIANT_TRUE ? "" : "never ") + "finished; events " +
+             joined(seen) + (all ? "" : ", some missing"));
   double kvp = -1;
   expectHr(instrument->get_pGetExposurekVp(&kvp), S_OK, "pGetExposurekVp");
   expect(kvp == exposure.kvp, "pGetExposurekVp is " + std::to_string(kvp));
@@ -120,54 +100,9 @@ void measure(const Options& options, const Exposure& exposure) {
 
 void checkExposures(const Options& options) {
   std::string why;
-  for (const Exposure& exposure : exposures())
+  for (const Exposure& exposure : kExposures)
     attempt(why, narrow(exposure.scenario), [&] { measure(options, exposure); });
   expect(why.empty(), why);
-}
-
-/// The names in an array of BSTR, quoted.
-std::vector<std::string> namesIn(SAFEARRAY* array) {
-  std::vector<std::string> names;
-  LONG lower = 0, upper = -1;
-  SafeArrayGetLBound(array, 1, &lower);
-  SafeArrayGetUBound(array, 1, &upper);
-  for (LONG i = lower; i <= upper; ++i) {
-    BSTR text = nullptr;
-    SafeArrayGetElement(array, &i, &text);
-    names.push_back(text != nullptr ? quoted(taken(text)) : "(null)");
-  }
-  return names;
-}
-
-void checkTargetFilters(const Options& options) {
-  Session session = openSession(options, L"exposure-aio.json");
-  connectAll(options, "target-filters", session);
-  auto instrument = createByProgId<_CRX9400VTI>(kInstrumentProgId, IID__CRX9400VTI);
-  unsigned char count = 0;
-  expectHr(instrument->GetNumberOfTargetFilters(&count), S_OK, "GetNumberOfTargetFilters");
-  expect(count == 4, "GetNumberOfTargetFilters answered " + std::to_string(count));
-  // The executive's array may be longer or shorter than the count it asks for: the entries both have
-  // are filled, the others are left as they were.
-  const std::vector<std::string> all = {"\"W/Al\"", "\"Mo/Mo\"", "\"Mo/Rh\"", "\"W/Rh\"", "\"-\"", "\"-\""};
-  for (const ULONG size : {4, 6, 2}) {
-    SAFEARRAY* array = SafeArrayCreateVector(VT_BSTR, 0, size);
-    BSTR filler = SysAllocString(L"-");  // copied into each entry
-    for (LONG i = 0; i < static_cast<LONG>(size); ++i) SafeArrayPutElement(array, &i, filler);
-    SysFreeString(filler);
-    const HRESULT hr = instrument->GetValidTargetFilters(&array, count);
-    const std::vector<std::string> names = array != nullptr ? namesIn(array) : std::vector<std::string>{};
-    if (array != nullptr) SafeArrayDestroy(array);
-    expectHr(hr, S_OK, "GetValidTargetFilters");
-    expect(names == std::vector<std::string>(all.begin(), all.begin() + size),
-           "GetValidTargetFilters into " + std::to_string(size) + " entries gave " + joined(names));
-  }
-  BSTR name = nullptr;
-  expectHr(instrument->GetDefaultTargetFilterName(&name), S_OK, "GetDefaultTargetFilterName");
-  const std::wstring fallback = taken(name);
-  expect(fallback == L"Mo/Mo", "GetDefaultTargetFilterName answered " + quoted(fallback));
-
-  expectHr(session.query->ResetTheDetectors(), S_OK, "ResetTheDetectors");
-  expectHr(session.query->CloseApp(), S_OK, "CloseApp");
 }
 
 }  // namespace
@@ -176,8 +111,6 @@ std::vector<Check> exposureChecks() {
   return {
       {"exposures", "an exposure of kinds 1 and 5 (exposure-*.json): every event, its types, a rewritten kVp",
        checkExposures},
-      {"target-filters", "GetValidTargetFilters into the executive's array, longer or shorter than asked",
-       checkTargetFilters},
   };
 }
 

@@ -21,10 +21,8 @@ std::vector<Check> sessionChecks();
 std::vector<Check> exposureChecks();
 std::vector<Check> waveformChecks();
 std::vector<Check> msgFormChecks();
-std::vector<Check> ionChamberChecks();
 std::vector<Check> reliabilityChecks();
 std::vector<Check> badArgumentChecks();
-std::vector<Check> shutdownChecks();
 
 inline constexpr wchar_t kQueryProgId[] = L"TamsaRX9400VTI.CRX9400Query";
 inline constexpr wchar_t kInstrumentProgId[] = L"TamsaRX9400VTI.CRX9400VTI";
@@ -53,30 +51,15 @@ struct Session {
   VARIANT_BOOL connected() const;
 };
 /// The query class registered with the simulator, which took its scenario (from `scenario` in the
-/// scenarios folder when given, else TAMSA_SIM_SCENARIO); the call log starts empty. Fails unless a
-/// language component is registered exactly when the options say so.
+/// scenarios folder when given, else TAMSA_SIM_SCENARIO); the call log starts empty.
 Session openSession(const Options& options, const wchar_t* scenario = nullptr);
 
-/// The text the plug-in shows for a catalogue text, and whether a shown text came from the catalogue:
-/// never empty nor a whole literal ("22401::..."), and "[[...]]" under the test language.
-struct Shown {
-  bool pseudo;
-  std::wstring operator()(const std::wstring& text) const { return pseudo ? L"[[" + text + L"]]" : text; }
-  bool fromCatalogue(const std::wstring& text) const {
-    return !text.empty() && text.find(L"::") == std::wstring::npos && (!pseudo || text.rfind(L"[[", 0) == 0);
-  }
-};
-/// Every text a window shows apart from values (the control ids in `values`): its caption, labels and
-/// buttons; of a message box its caption and text.
-void expectCatalogueTexts(HWND window, const Shown& shown, const std::vector<int>& values = {});
-/// A message box of the plug-in: its caption and text, OK alone, the critical icon; pictured, then
-/// answered with OK.
-void answerMessageBox(const Options& options, const std::string& picture, HWND box,
-                      const std::wstring& caption, const std::wstring& text, const Shown& shown);
+/// The next message box of the plug-in: its caption and text, OK alone; pictured, then answered with OK.
+void answerMessageBox(const Options& options, const std::string& picture, const std::wstring& caption,
+                      const std::wstring& text);
 
 /// Waits for a dialog of this process; a message box that comes instead fails at once.
 HWND waitForDialog(const std::wstring& caption, const std::string& what);
-HWND waitForBox(const std::string& when);
 void press(HWND window, int id, const char* what);
 void expectGone(HWND window, const std::string& what);
 /// The connect dialog's detector list, once it lists something.
@@ -84,9 +67,9 @@ HWND connectList(HWND connect);
 
 /// Plays the person at the bench while the main thread is inside `call`, a call of the plug-in that
 /// opens modal windows: `script` runs on an automation thread; once it has ended, every window still
-/// shown is unexpected: pictured (<check>-unexpected-N), closed and named in the failure.
-void driveModal(const Options& options, const char* check, const std::function<void()>& script,
-                const std::function<HRESULT()>& call, const char* callName);
+/// shown is closed, and named in the failure unless `windowsExpected`.
+void driveModal(const std::function<void()>& script, const std::function<HRESULT()>& call,
+                const char* callName, bool windowsExpected = false);
 /// Closes a window the way someone who wants out would: Cancel, Stop or OK, else its close box.
 void dismiss(HWND window);
 /// Dispatches messages, incoming COM calls among them, until `done` or `timeoutMs`.
@@ -113,7 +96,7 @@ std::optional<std::size_t> openHandles();
 /// The instrument class, created by ProgID, with `pCurrentMode` set to `mode`.
 ComPtr<_CRX9400VTI> instrumentIn(const wchar_t* mode);
 /// ScanAndConnectToDetector with every listed row ticked and Connect pressed.
-void connectAll(const Options& options, const char* check, Session& session);
+void connectAll(Session& session);
 
 /// A session with the scenario's detector `id` connected and an instrument in RADIO mode.
 struct Detector {
@@ -123,8 +106,7 @@ struct Detector {
 };
 /// The scenario's detector connected through the connect dialog; when `measured`, its exposure measured
 /// too: armed, and CheckDataStatus called until every part has delivered.
-Detector prepareDetector(const Options& options, const char* check, const wchar_t* scenario, std::int32_t id,
-                         bool measured);
+Detector prepareDetector(const Options& options, const wchar_t* scenario, std::int32_t id, bool measured);
 /// ResetTheDetectors and CloseApp.
 void closeDetector(Detector& detector);
 

@@ -7,7 +7,7 @@ int main(int argc, char** argv) {
   using namespace rx9400::e2e;
   std::vector<Check> checks = comChecks();
   for (const auto& group : {sessionChecks(), exposureChecks(), waveformChecks(), msgFormChecks(),
-                            ionChamberChecks(), reliabilityChecks(), badArgumentChecks(), shutdownChecks()})
+                            reliabilityChecks(), badArgumentChecks()})
     checks.insert(checks.end(), group.begin(), group.end());
   return runChecks(argc, argv, checks);
 }
