@@ -22,7 +22,7 @@
 # The Debian packages the build, the tests, the demo and the installer packages need.
 RX9400_PACKAGES=(cmake g++ make googletest libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev
   g++-mingw-w64-x86-64 g++-mingw-w64-i686 mingw-w64-tools binutils-mingw-w64-x86-64 binutils-mingw-w64-i686
-  wine wine64 libwine-dev xvfb xauth imagemagick gnuplot-nox msitools wixl)
+  wine wine64 libwine-dev xvfb xauth imagemagick gnuplot-nox msitools wixl osslsigncode openssl)
 
 # Installs the packages that are missing (as root), or says which are missing and fails.
 ensure_packages() {
@@ -223,11 +223,12 @@ registry_snapshot() {
 # The demo with both detectors for the exposure, then the all-in-one detector alone for its waveforms,
 # the connect dialog ticked and the calibration reports answered by rx9400-automate from another
 # process; pictures of the dialogs go to ARTIFACTS. The demo's lines and the reports' texts are printed.
+# DEMO_EXE names another demo (the installed one) by its Windows path.
 run_demo_connected() {
   local bits=$1 artifacts=$2 bin; shift 2
   bin=$(build_dir_for_bits "$bits")/bin
   timeout --kill-after=5 300 "$(wine_for_bits "$bits")" "$bin/rx9400-automate.exe" --timeout=60 \
-    "--artifacts=$(windows_path "$artifacts")" "--run=$(windows_path "$bin/rx9400-demo.exe") $*" \
+    "--artifacts=$(windows_path "$artifacts")" "--run=\"${DEMO_EXE:-$(windows_path "$bin/rx9400-demo.exe")}\" $*" \
     window "Establish Connection" screenshot connect-dialog.bmp tick 0 tick 1 screenshot connect-ticked.bmp \
     click Connect gone messagebox screenshot calibration-report.bmp print click OK \
     window "Establish Connection" tick 1 click Connect gone messagebox click OK 2>&1 |

@@ -16,7 +16,7 @@
 
 namespace rx9400::scripthost {
 
-using rx9400::e2e::ComPtr;
+using rx9400::tools::ComPtr;
 
 /// What the objects need from the host.
 class Host {

@@ -3,7 +3,7 @@
 # the simulator, its dialogs answered from another process by rx9400-automate, a few lines of its output
 # checked, so that a sample never goes stale. README.md in this folder tells what each check proves.
 #
-#   bash tests/e2e/samples/run.sh [64|32] [--installed FOLDER]
+#   bash tests/e2e/samples/run.sh [64|32 [--installed FOLDER]]
 #
 # 64 (the default) or 32: the build of that bitness. --installed FOLDER: the installed script host,
 # samples and simulator (FOLDER/Simulator), with the plug-in the package registered; otherwise the
@@ -11,47 +11,9 @@
 set -uo pipefail
 cd "$(dirname "$0")/../../.."
 source tests/e2e/lib.sh
-bits=64 installed=
-while [ $# -gt 0 ]; do
-  case $1 in
-    32 | 64) bits=$1 ;;
-    --installed) installed=$2; shift ;;
-    *) echo "usage: tests/e2e/samples/run.sh [64|32] [--installed FOLDER]" >&2; exit 2 ;;
-  esac
-  shift
-done
-
-build=build/mingw$bits
-declare -F build_dir_for_bits >/dev/null && build=$(build_dir_for_bits "$bits")
-wine_command=wine
-if [ "$bits" = 32 ]; then
-  if ! declare -F wine32_available >/dev/null || ! wine32_available; then
-    echo "32-bit Wine is not available: the 32-bit samples are not run"
-    # The script host's own ends: a script's exit code, a script error with its place, the time limit.
-host_ends() {
-  local script=$artifacts/ends.vbs body wanted_code pattern output code
-  while IFS='|' read -r body wanted_code pattern; do
-    printf '%b\n' "$body" >"$script"
-    output=$(run_bits 30 "$scripthost_unix" --timeout=2 "$(windows_path "$script")" 2>&1 | tr -d '\r')
-    code=${PIPESTATUS[0]}
-    grep -q -- "$pattern" <<<"$output" && [ "$code" = "$wanted_code" ] ||
-      { echo "$body: exit code $code, output: $output"; return 1; }
-  done <<'EOF_ENDS'
-WScript.Echo "a", WScript.Arguments.Count\nWScript.Quit 7|7|^a 0$
-Dim x\nx = 1 / 0|1|ends.vbs(2, 
-WScript.Sleep 5000|3|time limit of 2 s
-EOF_ENDS
-}
-check "the script host ends with WScript.Quit's code, 1 after a script error (with its line), 3 at the time limit" host_ends
-finish samples
-    exit
-  fi
-  wine_command=$(wine_for_bits 32)
-fi
-run_bits() {
-  local limit=$1; shift
-  timeout --kill-after=5 "$limit" "$wine_command" "$@"
-}
+installed=
+[ "${2:-}" = --installed ] && installed=$3
+build=$(build_dir_for_bits "$bits")
 
 artifacts=build/e2e-artifacts/samples-$bits${installed:+-installed}
 rm -rf "$artifacts"
@@ -65,15 +27,15 @@ if [ -n "$installed" ]; then
 else
   scripthost=$(windows_path "$build/bin/rx9400-scripthost.exe") samples=$(windows_path samples) library=
   scripthost_unix=$build/bin/rx9400-scripthost.exe
-  check "regsvr32 registers the $bits-bit plug-in" run_bits 60 regsvr32 /s "$plugin"
-  trap 'run_bits 60 regsvr32 /s /u "$plugin"; wineserver -k 2>/dev/null || true' EXIT
+  check "regsvr32 registers the $bits-bit plug-in" run_tool 60 regsvr32 /s "$plugin"
+  trap 'run_tool 60 regsvr32 /s /u "$plugin"; wineserver -k 2>/dev/null || true' EXIT
 fi
 
 # Runs SAMPLE with ARGUMENTS under the simulator's SCENARIO (empty: the built-in one), STEPS answering its
 # dialogs, and checks that its output holds every line matching a pattern of WANTED (one per line).
 sample() {
   local scenario=$1 name=$2 arguments=$3 wanted=$4 output pattern; shift 4
-  output=$(TAMSA_SIM_SCENARIO="${scenario:+$(windows_path "$scenario")}" run_bits 150 "$automate" --timeout=60 \
+  output=$(TAMSA_SIM_SCENARIO="${scenario:+$(windows_path "$scenario")}" run_wine 150 "$automate" --timeout=60 \
     "--artifacts=$(windows_path "$artifacts")" \
     "--run=\"$scripthost\" --timeout=120 $library \"$samples\\$name.vbs\" $arguments" "$@" 2>&1 | tr -d '\r')
   printf '%s\n' "$output" | tee "$artifacts/$name.txt" | grep -v '^automate: \(  \|picture\)'
@@ -102,7 +64,7 @@ supervise() {
   local boxes=$artifacts/msgform.txt helper=
   : >"$boxes"
   if [ -n "$installed" ]; then
-    run_bits 150 "$automate" --timeout=90 "--artifacts=$(windows_path "$artifacts")" --process=MsgForm.exe \
+    run_wine 150 "$automate" --timeout=90 "--artifacts=$(windows_path "$artifacts")" --process=MsgForm.exe \
       dismiss-all >"$boxes" 2>&1 &
     helper=$!
   fi
@@ -127,7 +89,7 @@ host_ends() {
   local script=$artifacts/ends.vbs body wanted_code pattern output code
   while IFS='|' read -r body wanted_code pattern; do
     printf '%b\n' "$body" >"$script"
-    output=$(run_bits 30 "$scripthost_unix" --timeout=2 "$(windows_path "$script")" 2>&1 | tr -d '\r')
+    output=$(run_wine 30 "$scripthost_unix" --timeout=2 "$(windows_path "$script")" 2>&1 | tr -d '\r')
     code=${PIPESTATUS[0]}
     grep -q -- "$pattern" <<<"$output" && [ "$code" = "$wanted_code" ] ||
       { echo "$body: exit code $code, output: $output"; return 1; }
