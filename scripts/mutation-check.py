@@ -15,8 +15,10 @@ import sys
 import time
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-TARGETS = ["rx9400_unit_tests", "rx9400_reliability_tests"]
-PROGRAMS = ["bin/rx9400_unit_tests", "bin/rx9400_reliability_tests"]
+# The unit tests first; the slower reliability sweeps are built and run only for a fault the unit tests
+# let through. The simulator's own tests do not use src/ and the fuzz and soak runs are too slow.
+STAGES = [("rx9400_unit_tests", "bin/rx9400_unit_tests"),
+          ("rx9400_reliability_tests", "bin/rx9400_reliability_tests")]
 
 
 class Fault:
@@ -110,8 +112,8 @@ class Planter:
         self.path = None
 
 
-def build(build_dir, jobs, timeout):
-    command = ["cmake", "--build", build_dir, "-j", str(jobs), "--target", *TARGETS]
+def build(build_dir, jobs, timeout, targets):
+    command = ["cmake", "--build", build_dir, "-j", str(jobs), "--target", *targets]
     try:
         result = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=timeout)
     except subprocess.TimeoutExpired:
@@ -119,21 +121,29 @@ def build(build_dir, jobs, timeout):
     return result.returncode == 0, result.stdout.decode(errors="replace")[-3000:]
 
 
-def tests_pass(build_dir, timeout, test_filter):
-    """True when every program passes within the time limit; a crash or a hang is a failure."""
+def passes(build_dir, program, timeout, test_filter):
+    """True when the program passes within the time limit; a crash or a hang is a failure."""
     env = dict(os.environ, GTEST_FAIL_FAST="1", GTEST_BRIEF="1")
-    for program in PROGRAMS:
-        command = [os.path.join(build_dir, program)]
-        if test_filter:
-            command.append(f"--gtest_filter={test_filter}")
-        try:
-            result = subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                                    timeout=timeout, env=env, cwd=build_dir)
-        except subprocess.TimeoutExpired:
-            return False
-        if result.returncode != 0:
-            return False
-    return True
+    command = [os.path.join(build_dir, program)]
+    if test_filter:
+        command.append(f"--gtest_filter={test_filter}")
+    try:
+        result = subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                timeout=timeout, env=env, cwd=build_dir)
+    except subprocess.TimeoutExpired:
+        return False
+    return result.returncode == 0
+
+
+def verdict(args):
+    """(built, caught): stage by stage, stopping at the first stage that catches the fault."""
+    for target, program in STAGES:
+        built, _ = build(args.build_dir, args.jobs, args.build_timeout, [target])
+        if not built:
+            return False, False
+        if not passes(args.build_dir, program, args.timeout, args.gtest_filter):
+            return True, True
+    return True, False
 
 
 def main():
@@ -169,10 +179,10 @@ def main():
         subprocess.run(["cmake", "--preset", "native", "-B", args.build_dir], cwd=ROOT, check=True,
                        stdout=subprocess.DEVNULL)
     if not args.no_baseline:
-        built, log = build(args.build_dir, args.jobs, args.build_timeout)
+        built, log = build(args.build_dir, args.jobs, args.build_timeout, [t for t, _ in STAGES])
         if not built:
             sys.exit("the tree does not build without a fault:\n" + log)
-        if not tests_pass(args.build_dir, args.timeout, args.gtest_filter):
+        if not all(passes(args.build_dir, p, args.timeout, args.gtest_filter) for _, p in STAGES):
             sys.exit("the tests fail without a fault: fix them first")
 
     def stop(signum, _frame):
@@ -186,8 +196,7 @@ def main():
             started = time.monotonic()
             planter.plant(fault)
             try:
-                built, log = build(args.build_dir, args.jobs, args.build_timeout)
-                caught = built and not tests_pass(args.build_dir, args.timeout, args.gtest_filter)
+                built, caught = verdict(args)
             finally:
                 planter.restore()
             seconds = time.monotonic() - started
