@@ -7,6 +7,7 @@ crashing or hanging run has caught the fault. The file is always restored, also 
 was killed outright leaves a note that the next run restores first.
 """
 import argparse
+import fcntl
 import fnmatch
 import os
 import signal
@@ -108,7 +109,8 @@ class Planter:
             return
         with open(self.path, "wb") as handle:
             handle.write(self.original)
-        os.remove(self.note)
+        if os.path.exists(self.note):
+            os.remove(self.note)
         self.path = None
 
 
@@ -135,7 +137,7 @@ def passes(build_dir, program, timeout, test_filter):
     return result.returncode == 0
 
 
-def verdict(args):
+def judge(args):
     """(built, caught): stage by stage, stopping at the first stage that catches the fault."""
     for target, program in STAGES:
         built, _ = build(args.build_dir, args.jobs, args.build_timeout, [target])
@@ -165,13 +167,20 @@ def main():
         faults = [f for f in faults if any(fnmatch.fnmatch(f.ident, pattern) for pattern in args.id)]
     if args.file:
         faults = [f for f in faults if any(fnmatch.fnmatch(f.file, f"*{p}*") for p in args.file)]
-    planter = Planter(os.path.join(args.build_dir, "planted-fault"))
-    os.makedirs(args.build_dir, exist_ok=True)
-    planter.recover()
-    check_texts(faults)
     if args.check:
+        check_texts(faults)
         print(f"{len(faults)} faults, every text found once")
         return 0
+    os.makedirs(args.build_dir, exist_ok=True)
+    # One run at a time: a second one would plant into the first one's files.
+    lock = open(os.path.join(args.build_dir, "mutation-check.lock"), "w")
+    try:
+        fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+    except BlockingIOError:
+        sys.exit(f"another mutation check is running in {args.build_dir}")
+    planter = Planter(os.path.join(args.build_dir, "planted-fault"))
+    planter.recover()
+    check_texts(faults)
     if not faults:
         sys.exit("no fault matches")
 
@@ -196,7 +205,7 @@ def main():
             started = time.monotonic()
             planter.plant(fault)
             try:
-                built, caught = verdict(args)
+                built, caught = judge(args)
             finally:
                 planter.restore()
             seconds = time.monotonic() - started
