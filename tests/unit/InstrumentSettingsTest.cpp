@@ -112,6 +112,18 @@ TEST_F(Settings, ModesAndSetupsUseTheLibrarysCodes) {
   }
 }
 
+TEST_F(Settings, TheLastSlotDecidesWhetherTheDetectorsAreConnected) {
+  const struct {
+    int removed;  ///< the slot emptied, -1 none
+    bool connected;
+  } cases[] = {{-1, true}, {0, true}, {1, false}};
+  for (const auto& c : cases) {
+    start(kAio + "," + kDose);
+    if (c.removed >= 0) context->state.removeDetector(static_cast<std::size_t>(c.removed));
+    EXPECT_EQ(instrument->IsDetectorConnected(), c.connected) << c.removed;
+  }
+}
+
 TEST_F(Settings, SerialNumbersAndVersionsOfEverySlotEndWithAComma) {
   start(kAio + "," + kDose);
   EXPECT_EQ(instrument->pSerialNumber(), "1201,1305,");

@@ -166,7 +166,7 @@ TEST_F(Session, ConnectRefusalsKeepTheDialogOpenAndConnectNothing) {
     std::string text;
     std::string caption;
   };
-  const std::string failedSelfTest = R"({"identifier": 101, "typeCode": 4, "selfTestResult": 3})";
+  const std::string failedSelfTest = R"({"identifier": 101, "typeCode": 4, "selfTestResult": 1})";
   const Case cases[] = {
       {"nothing ticked", scenario(kAio), 0, tickAndConnect({}),
        "No detector selected, please select a detector to proceed.", "Select Detector"},
@@ -193,6 +193,23 @@ TEST_F(Session, ConnectRefusalsKeepTheDialogOpenAndConnectNothing) {
     EXPECT_FALSE(platform.dialogs.connect->hidden()) << "the dialog stays open for another choice";
     EXPECT_EQ(context->state.identifierAt(0), 0);
     EXPECT_TRUE(platform.sound.calls.empty());
+  }
+}
+
+TEST_F(Session, ConnectingTakesTheChargingFlagOrTheChargeFromTheBattery) {
+  const struct {
+    const char* battery;
+    bool charging;
+    int percent;
+  } cases[] = {{R"({"percent": 55})", false, 55}, {R"({"percent": 55, "charging": 1})", true, 0}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.battery);
+    platform = TestPlatform();
+    start(scenario(R"({"identifier": 101, "typeCode": 1, "battery": )" + std::string(c.battery) + "}"));
+    platform.dialogs.connect->scripts.push_back(tickAndConnect({"AIO"}));
+    session->ScanAndConnectToDetector();
+    EXPECT_EQ(context->state.charging, c.charging);
+    EXPECT_EQ(context->state.chargePercent, c.percent);
   }
 }
 
