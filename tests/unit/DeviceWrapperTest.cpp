@@ -46,24 +46,6 @@ TEST(DeviceWrapper, ConstantArgumentsReachTheLibraryAsItExpectsThem) {
                 "MBGetNumberOfDataPoints(" + n + ", 0)", "MBSetWaveformParameters(" + n + ", {0,10,1}, 0)"}));
 }
 
-TEST(DeviceWrapper, TheSettingsRecordReachesTheDetectorByteForByte) {
-  Simulator simulator;
-  MBdllFunctions& library = simulator.library();
-  const std::int32_t id = connectedOfKind(library, 4);
-  MeasurementSettings settings{};
-  settings.doseUnit = 2;
-  settings.doseRateUnit = 3;
-  settings.delay = 150;
-  settings.includeDelay = kVBTrue;
-  settings.percentKV = 80;
-  std::memcpy(settings.targetFilter, "W/Al", 4);
-  library.MBSetMeasurementSettings(id, settings);
-
-  const SimDetectorState state = simulator.detector(id);
-  EXPECT_EQ(state.settingsReceived, 1);
-  EXPECT_EQ(std::memcmp(&state.lastSettings, &settings, sizeof settings), 0);
-}
-
 TEST(DeviceWrapper, TargetFilterListsNeverExceedTheRoomGivenNorWhatTheLibraryWrote) {
   Simulator simulator;
   MBdllFunctions& library = simulator.library();

@@ -1,9 +1,9 @@
 // Exposure polling against the simulator: the events and texts of each kind of detector, the waveform
-// announcements, the notices, and the flags an exposure leaves.
+// announcements, the notices, the activity it stamps and the flags an exposure leaves.
 #include <gtest/gtest.h>
 
 #include <algorithm>
-
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -20,10 +20,28 @@ std::string detector(int id, int type, const std::string& more = "") {
          R"(, "serialNumber": )" + std::to_string(1200 + id) + (more.empty() ? "" : ", " + more) + "}";
 }
 
+std::string joined(const std::vector<std::string>& texts) {
+  std::string text;
+  for (std::size_t i = 0; i < texts.size(); ++i) text += (i > 0 ? "|" : "") + texts[i];
+  return text;
+}
+
+/// A detector of `kind` with one exposure of each of its parts; `mas` is the mAs meter's exposure.
+std::string exposing(int id, int kind, const std::string& mas = "{}") {
+  const std::string aioOrDose = kind == 2 ? "" : R"("exposures": [{}])";
+  const std::string masPart = kind == 1 || kind == 3 ? "" : R"("mas": {"exposures": [)" + mas + "]}";
+  return detector(id, kind, aioOrDose + (aioOrDose.empty() || masPart.empty() ? "" : ", ") + masPart);
+}
+
+int count(const std::vector<std::string>& lines, const std::string& line) {
+  return static_cast<int>(std::count(lines.begin(), lines.end(), line));
+}
+
 class Polling : public ::testing::Test, protected testing::InstrumentRig {
  protected:
   /// Connects the detectors of the scenario, in scenario order, and arms them.
   void start(const std::string& detectors) {
+    events = RecordingEvents();
     InstrumentRig::start(detectors, "RADIO", false);
     instrument->pDoseUnits(1);
   }
@@ -42,13 +60,10 @@ TEST_F(Polling, ASingleAllInOneExposureRaisesItsDataAndItsWaveformInOnePass) {
   EXPECT_EQ(events.events,
             (std::vector<std::string>{"EnableStopButton False", "DataReady", "EnableStopButton False",
                                       "CheckExposureWaveform 1", "IncrementWaveCount"}));
-  EXPECT_EQ(events.dataReady,
-            (std::vector<std::string>{"80.3", "81.2", "79.8", "1.234", "5.678", "100", "", "", "", "3.5"}));
   EXPECT_FALSE(instrument->DetectorExposureFinish())
       << "the pass that finished the exposure clears its flags";
   EXPECT_FALSE(instrument->mAsExposureFinish());
   EXPECT_DOUBLE_EQ(instrument->pGetExposureTime(), 100);
-  EXPECT_DOUBLE_EQ(instrument->pGetExposurekVp(), 80.3);
   EXPECT_TRUE(platform.trace.contains("$CheckDataStatus$ - AIO Data ready :: 101"));
   EXPECT_TRUE(platform.trace.contains("$CheckDataStatus$ - :: 80.3 :: 81.2 :: 79.8 :: 1.234"));
   EXPECT_TRUE(platform.trace.contains("$CheckDataStatus$ - AIO waveform is initialized :: 101"));
@@ -58,35 +73,51 @@ TEST_F(Polling, ASingleAllInOneExposureRaisesItsDataAndItsWaveformInOnePass) {
   EXPECT_EQ(platform.sound.calls, (std::vector<std::string>{"beep 2500 200"}));
 }
 
-TEST_F(Polling, TextsFollowTheModeTheUnitsAndEachValuesStatus) {
+TEST_F(Polling, TextsFollowTheModeTheUnitsTheSeparatorAndEachValuesStatus) {
   const struct {
     const char* mode;
-    int units;  ///< dose, rate and time unit codes, one digit each
+    int units;  ///< dose, rate and time unit codes and fluoroscopy type, one digit each
+    const char* separator;
     std::string exposure;
     const char* texts;  ///< the ten texts of DataReady, joined with "|"
+    double kvp;         ///< pGetExposurekVp afterwards
   } cases[] = {
-      {"RADIO", 111, R"({"kvpAverage": {"value": 1500, "status": 3}})",
-       "OL|81.2|79.8|1.234|5.678|100||||3.5"},
-      {"RADIO", 111, R"({"dose": {"value": 1234, "status": 2}, "kvpPpv": {"value": 798, "status": 5}})",
-       "80.3|81.2|UL|1.234*|5.678|100||||3.5"},
-      {"MAMMO", 111, R"({"kind": "mammo"})", "80.3|81.2|79.8|1.234|5.678|100||||0.35"},
-      {"RADIO", 212, R"({"pulses": 12})", "80.3|81.2|79.8|12.34|56.78|100|12|||3.5"},
-      {"FLUORO", 131, R"({"kind": "fluoro", "deliveries": 1, "doseRate": 1234})",
-       "80.3|81.2|79.8|0.001234|4.4424|100||||3.5"},
+      {"RADIO", 1111, ".", R"({"kvpAverage": {"value": 1500, "status": 3}})",
+       "OL|81.2|79.8|1.234|5.678|100||||3.5", 0},
+      {"RADIO", 1111, ".", R"({"dose": {"value": 1234, "status": 2}, "kvpPpv": {"value": 798, "status": 5}})",
+       "80.3|81.2|UL|1.234*|5.678|100||||3.5", 80.3},
+      {"RADIO", 1111, ".",
+       R"({"dose": {"value": 1234, "status": 4}, "doseRate": {"value": 5678, "status": 6},
+           "exposureTime": {"value": 1000, "status": 0}})",
+       "80.3|81.2|79.8|1.234*|5.678*|100||||3.5", 80.3},
+      {"MAMMO", 1111, ".", R"({"kind": "mammo"})", "80.3|81.2|79.8|1.234|5.678|100||||0.35", 80.3},
+      {"DENTAL", 2121, ".", R"({"kind": "dental", "pulses": 12})", "80.3|81.2|79.8|12.34|56.78|100|12|||3.5",
+       80.3},
+      {"RADIO", 1111, ",", R"({"kvpAverage": 805})", "80,5|81,2|79,8|1,234|5,678|100||||3,5", 80.5},
+      {"FLUORO", 1111, ".", R"({"kind": "fluoro", "deliveries": 1, "pulses": 12})",
+       "80.3|81.2|79.8|0.001234|0.005678|100||||3.5", 80.3},
+      {"FLUORO", 1211, ".", R"({"kind": "fluoro", "deliveries": 1, "doseRate": 1234})",
+       "80.3|81.2|79.8|0.001234|0.07404|100||||3.5", 80.3},
+      {"FLUORO", 1311, ".", R"({"kind": "fluoro", "deliveries": 1, "doseRate": 1234})",
+       "80.3|81.2|79.8|0.001234|4.4424|100||||3.5", 80.3},
+      {"FLUORO", 1411, ".", R"({"kind": "fluoro", "deliveries": 1, "doseRate": 1234})",
+       "80.3|81.2|79.8|0.001234|1.234E-05|100||||3.5", 80.3},
+      {"FLUORO", 2112, ",", R"({"kind": "fluoro", "deliveries": 1, "pulseRate": 150, "pulseWidth": 45})",
+       "80,3|81,2|79,8|0,01234|0,05678|100||15|4,5|3,5", 80.3},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.exposure);
-    events = RecordingEvents();
     start(detector(101, 1, R"("exposures": [)" + c.exposure + "]"));
+    platform.locale.separator = c.separator;
     instrument->pCurrentMode(c.mode);
-    instrument->pDoseUnits(static_cast<std::uint8_t>(c.units / 100));
-    instrument->pDoseRateUnits(static_cast<std::uint8_t>(c.units / 10 % 10));
-    instrument->pTimeUnit(static_cast<std::uint8_t>(c.units % 10));
+    instrument->pDoseUnits(static_cast<std::uint8_t>(c.units / 1000));
+    instrument->pDoseRateUnits(static_cast<std::uint8_t>(c.units / 100 % 10));
+    instrument->pTimeUnit(static_cast<std::uint8_t>(c.units / 10 % 10));
+    instrument->pFluoroType(static_cast<std::uint8_t>(c.units % 10));
     ASSERT_GT(pollUntilFinished(), 0);
-    std::string joined;
-    for (std::size_t i = 0; i < events.dataReady.size(); ++i)
-      joined += (i > 0 ? "|" : "") + events.dataReady[i];
-    EXPECT_EQ(joined, c.texts);
+    EXPECT_EQ(joined(events.dataReady), c.texts);
+    EXPECT_DOUBLE_EQ(instrument->pGetExposurekVp(), c.kvp);
+    EXPECT_DOUBLE_EQ(instrument->pGetExposureTime(), 100);
   }
 }
 
@@ -97,33 +128,57 @@ TEST_F(Polling, AnEmptyOnlySlotRaisesNothing) {
   EXPECT_TRUE(events.events.empty());
 }
 
-TEST_F(Polling, TheMasMeterGivesDosePerMasOnlyBesideADoseMeasurement) {
-  // An all-in-one detector with mAs meter: dose 1.234 over 20 mAs.
-  start(detector(101, 4, R"("exposures": [{}], "mas": {"exposures": [{"mA": 200, "mAs": 20}]})"));
-  ASSERT_GT(pollUntilFinished(), 0);
-  EXPECT_EQ(events.testMas, (std::vector<std::string>{"200", "20", "1", "0.0617"}));
-  EXPECT_EQ(events.events, (std::vector<std::string>{
-                               "EnableStopButton False", "DataReady", "TestmAsDataReady",
-                               "EnableStopButton False", "CheckExposureWaveform 1", "IncrementWaveCount",
-                               "EnableStopButton False", "CheckExposureWaveform 3", "IncrementWaveCount"}));
-
-  for (const auto& [scenarioDetector, name] :
-       {std::pair{detector(201, 2, R"("mas": {"exposures": [{"mAs": 20}]})"), "an mAs meter alone"},
-        std::pair{detector(101, 4, R"("exposures": [{}], "mas": {"exposures": [{"mAs": 0}]})"), "no mAs"}}) {
-    SCOPED_TRACE(name);
-    events = RecordingEvents();
-    start(scenarioDetector);
+TEST_F(Polling, TheMasMeterGivesDosePerMasOnlyBesideAValidDoseAndMas) {
+  const struct {
+    int kind;
+    std::string mas;  ///< the mAs meter's exposure
+    const char* separator;
+    const char* texts;  ///< the four texts of TestmAsDataReady
+  } cases[] = {
+      {4, R"({"mA": 200, "mAs": 20})", ".", "200|20|1|0.0617"},
+      {4, R"({"mAs": {"value": 20, "status": 4}})", ".", "200|20*|1|0.0617"},
+      {4, R"({"mAs": {"value": 20, "status": 3}})", ".", "200|OL|1|"},
+      {4, R"({"mAs": 0})", ".", "200|0|1|"},
+      {4, R"({"mA": 150.5})", ",", "150,5|20|1|0,0617"},
+      {5, R"({"mAs": 20})", ".", "200|20|1|0.125"},
+      {2, R"({"mAs": 20})", ".", "200|20|1|"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.mas);
+    start(exposing(101, c.kind, c.mas));
+    platform.locale.separator = c.separator;
     ASSERT_GT(pollUntilFinished(), 0);
-    ASSERT_EQ(events.testMas.size(), 4u);
-    EXPECT_EQ(events.testMas[3], "");
+    EXPECT_EQ(joined(events.testMas), c.texts);
+  }
+}
+
+TEST_F(Polling, EachKindAloneAnnouncesItsOwnWaveforms) {
+  const struct {
+    int kind;
+    std::vector<std::string> announced;
+  } cases[] = {
+      {2, {"CheckExposureWaveform 3"}},
+      {3, {}},
+      {4, {"CheckExposureWaveform 1", "CheckExposureWaveform 3"}},
+      {5, {"CheckExposureWaveform 3"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.kind);
+    start(exposing(101, c.kind));
+    ASSERT_GT(pollUntilFinished(), 0);
+    std::vector<std::string> announced;
+    std::copy_if(events.events.begin(), events.events.end(), std::back_inserter(announced),
+                 [](const std::string& event) { return event.rfind("CheckExposureWaveform", 0) == 0; });
+    EXPECT_EQ(announced, c.announced);
+    EXPECT_EQ(count(events.events, "IncrementWaveCount"), static_cast<int>(c.announced.size()));
   }
 }
 
 TEST_F(Polling, ZeroingIsAnnouncedAndWithdrawnOnce) {
   start(detector(201, 2, R"("mas": {"exposures": [{"zeroingReads": 3}]})"));
   ASSERT_GT(pollUntilFinished(), 0);
-  EXPECT_EQ(std::count(events.events.begin(), events.events.end(), "ZeroingmAs True"), 1);
-  EXPECT_EQ(std::count(events.events.begin(), events.events.end(), "ZeroingmAs False"), 1);
+  EXPECT_EQ(count(events.events, "ZeroingmAs True"), 1);
+  EXPECT_EQ(count(events.events, "ZeroingmAs False"), 1);
   EXPECT_LT(std::find(events.events.begin(), events.events.end(), "ZeroingmAs False"),
             std::find(events.events.begin(), events.events.end(), "TestmAsDataReady"));
 }
@@ -140,7 +195,27 @@ TEST_F(Polling, BatteryWarningsComeOncePerEpisode) {
   EXPECT_EQ(notices[0]->button1, "OK");
   EXPECT_TRUE(notices[0]->closed) << "a new notice replaces the one on screen";
   EXPECT_EQ(notices[1]->caption, "Low Battery");
-  EXPECT_EQ(std::count(platform.sound.calls.begin(), platform.sound.calls.end(), "beep 2500 400"), 6);
+  EXPECT_EQ(count(platform.sound.calls, "beep 2500 400"), 6);
+}
+
+TEST_F(Polling, TheBatteryRecordSetsTheChargingFlagAndThePercentage) {
+  const struct {
+    std::string more;
+    bool charging;
+    int percent;
+  } cases[] = {
+      {R"("battery": {"percent": 55})", false, 55},
+      {R"("battery": {"percent": 55, "charging": 1})", true, 0},
+      {R"("battery": {"percent": 55}, "faults": {"lowBattery": {"fromPoll": 1}})", false, 15},
+      {R"("battery": {"percent": 55}, "faults": {"charging": {"fromPoll": 1, "polls": 2}})", false, 55},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.more);
+    start(detector(101, 1, c.more));
+    for (int pass = 0; pass < 4; ++pass) instrument->CheckDataStatus();
+    EXPECT_EQ(instrument->pChargingStatus(), c.charging);
+    EXPECT_EQ(instrument->pPercentageCharge(), c.percent);
+  }
 }
 
 TEST_F(Polling, ALostLinkIsReportedOnceWithTheSerialNumber) {
@@ -173,21 +248,148 @@ TEST_F(Polling, AZeroErrorAsksTheUserAndEndsThePass) {
   }
 }
 
-TEST_F(Polling, TheDosimeterReportsItsReadingsInItsUnitsAndItsSensorErrorsOnce) {
-  start(detector(301, 3, R"("exposures": [{"dose": 2.5, "doseRate": 25}],
-                            "dosimeter": {"sensors": {"temperature": 22.5, "pressure": 760, "adcf": 1.0123,
-                                                      "biasVoltage": 300}})"));
-  ASSERT_GT(pollUntilFinished(), 0);
-  EXPECT_EQ(events.testSw, (std::vector<std::string>{"22.5", "760", "1.012", "0.010", "2.5", "25", "300.0"}));
+TEST_F(Polling, TheDosimeterReportsItsReadingsInItsOwnUnits) {
+  const struct {
+    int temperatureUnit;
+    int pressureUnit;
+    const char* separator;
+    const char* texts;  ///< the seven texts of TestSWDataReady
+  } cases[] = {
+      {1, 2, ".", "22.5|800|1.012|0.010|2.5|25|300.0"},   {2, 1, ".", "72.5|31.5|1.012|0.010|2.5|25|300.0"},
+      {3, 3, ".", "295.7|1067|1.012|0.010|2.5|25|300.0"}, {1, 4, ".", "22.5|1067|1.012|0.010|2.5|25|300.0"},
+      {1, 5, ".", "22.5|35.7|1.012|0.010|2.5|25|300.0"},  {1, 6, ".", "22.5|10.9|1.012|0.010|2.5|25|300.0"},
+      {2, 2, ",", "72,5|800|1,012|0,010|2,5|25|300,0"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.temperatureUnit) + " " + std::to_string(c.pressureUnit));
+    start(detector(
+        301, 3,
+        R"("exposures": [{"dose": 2.5, "doseRate": 25}], "dosimeter": {"sensors": {"temperature": 22.5,
+                      "pressure": 800, "adcf": 1.0123, "biasVoltage": 300}, "unit": {"temperatureUnit": )" +
+            std::to_string(c.temperatureUnit) + R"(, "pressureUnit": )" + std::to_string(c.pressureUnit) +
+            "}}"));
+    platform.locale.separator = c.separator;
+    instrument->ChangeAllsettings();
+    ASSERT_GT(pollUntilFinished(), 0);
+    EXPECT_EQ(joined(events.testSw), c.texts);
+  }
+}
 
-  events = RecordingEvents();
-  start(detector(
-      301, 3,
-      R"("faults": {"temperatureError": {"fromPoll": 1, "polls": 3}, "biasError": {"fromPoll": 1, "polls": 3}})"));
-  for (int pass = 0; pass < 8; ++pass) instrument->CheckDataStatus();
-  EXPECT_EQ(events.events, (std::vector<std::string>{"DisplayErrorMsg Temperature Sensor Error. Bias voltage "
-                                                     "error, please restart the system... | Error | True",
-                                                     "DisplayErrorMsg  | Error | False"}));
+TEST_F(Polling, TheDosimetersErrorsAreRaisedOnceAndWithdrawnOnce) {
+  const struct {
+    const char* faults;
+    std::vector<std::string> events;
+  } cases[] = {
+      {R"("temperatureError": {"fromPoll": 1, "polls": 3})",
+       {"DisplayErrorMsg Temperature Sensor Error.  | Error | True", "DisplayErrorMsg  | Error | False"}},
+      {R"("pressureError": {"fromPoll": 1, "polls": 3})",
+       {"DisplayErrorMsg Pressure Sensor Error.  | Error | True", "DisplayErrorMsg  | Error | False"}},
+      {R"("temperatureError": {"fromPoll": 1, "polls": 3}, "pressureError": {"fromPoll": 1, "polls": 3})",
+       {"DisplayErrorMsg Temperature / Pressure Sensor Error.  | Error | True",
+        "DisplayErrorMsg  | Error | False"}},
+      {R"("temperatureError": {"fromPoll": 1, "polls": 3}, "biasError": {"fromPoll": 1, "polls": 3})",
+       {"DisplayErrorMsg Temperature Sensor Error. Bias voltage error, please restart the system... | Error "
+        "| "
+        "True",
+        "DisplayErrorMsg  | Error | False"}},
+      {R"("biasError": {"fromPoll": 2, "polls": 2})",
+       {"DisplayErrorMsg Bias voltage error, please restart the system... | Error | True",
+        "DisplayErrorMsg  | Error | False"}},
+      {R"("sensorReset": {"fromPoll": 1, "polls": 3})",
+       {"DisplaySensorResetMsg True", "DisplaySensorResetMsg False"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.faults);
+    start(detector(301, 3, std::string(R"("faults": {)") + c.faults + "}"));
+    for (int pass = 0; pass < 8; ++pass) instrument->CheckDataStatus();
+    EXPECT_EQ(events.events, c.events);
+  }
+}
+
+TEST_F(Polling, ActivityThatPollingSeesKeepsTheDetectorsAwake) {
+  const struct {
+    const char* what;
+    std::string detector;
+    const char* marker;  ///< the event of the pass that stamps the activity
+    int passesBefore;    ///< the stamp is that many passes before the marker's
+  } cases[] = {
+      {"an exposure start", detector(101, 1, R"("exposures": [{"pollsBeforeData": 50}])"),
+       "EnableStopButton False", 0},
+      {"exposure data", detector(101, 1, R"("exposures": [{}])"), "DataReady", 0},
+      {"mAs data", detector(201, 2, R"("mas": {"exposures": [{}]})"), "TestmAsDataReady", 0},
+      {"mAs zeroing",
+       detector(201, 2, R"("mas": {"exposures": [{"zeroingReads": 3, "pollsBeforeStart": 50}]})"),
+       "ZeroingmAs False", 1},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    start(c.detector);
+    instrument->InitTimer();
+    std::uint32_t stamp = 0;
+    for (int pass = 0; pass < 10; ++pass) {
+      platform.clock.now += 1000;
+      const int before = count(events.events, c.marker);
+      instrument->CheckDataStatus();
+      if (stamp == 0 && count(events.events, c.marker) > before)
+        stamp = platform.clock.now - 1000 * c.passesBefore;
+    }
+    ASSERT_NE(stamp, 0u);
+    const std::int32_t idle = static_cast<std::int32_t>(platform.clock.now - stamp);
+    const std::int32_t never = std::numeric_limits<std::int32_t>::max();
+    instrument->CheckDetectorPowerStatus(idle + 1, never);
+    EXPECT_EQ(calls("MBSetPowerMode"), 0) << "idle only since the activity";
+    instrument->CheckDetectorPowerStatus(idle, never);
+    EXPECT_EQ(calls("MBSetPowerMode"), 1);
+  }
+}
+
+TEST_F(Polling, EnableMeasurementsArmsEveryConnectedSlot) {
+  const struct {
+    bool enable;
+    bool firstRemoved;
+    std::vector<std::string> calls;
+    bool status;
+  } cases[] = {
+      {true, false, {"MBEnableMeasurement(101)", "MBEnableMeasurement(301)"}, true},
+      {false, false, {"MBDisableMeasurement(101)", "MBDisableMeasurement(301)"}, false},
+      {true, true, {"MBEnableMeasurement(301)"}, true},
+  };
+  for (const auto& c : cases) {
+    start(detector(101, 1) + "," + detector(301, 3));
+    if (c.firstRemoved) context->state.removeDetector(0);
+    context->state.measurementEnabled = !c.status;
+    instrument->EnableMeasurements(c.enable);
+    std::vector<std::string> made = callsOf("MBEnableMeasurement");
+    for (const std::string& call : callsOf("MBDisableMeasurement")) made.push_back(call);
+    EXPECT_EQ(made, c.calls);
+    EXPECT_EQ(instrument->pMeasurementStatus(), c.status);
+  }
+}
+
+TEST_F(Polling, ResetTheFlagsClearsWhatAHalfFinishedExposureLeft) {
+  const struct {
+    const char* what;
+    std::string detector;
+    bool aioFinished;
+    bool masFinished;
+  } cases[] = {
+      {"all-in-one done, mAs waiting",
+       detector(101, 4, R"("exposures": [{}], "mas": {"exposures": [{"pollsBeforeStart": 50}]})"), true,
+       false},
+      {"mAs done, all-in-one waiting",
+       detector(101, 4, R"("exposures": [{"pollsBeforeStart": 50}], "mas": {"exposures": [{}]})"), false,
+       true},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    start(c.detector);
+    EXPECT_EQ(pollUntilFinished(8), 0);
+    EXPECT_EQ(instrument->DetectorExposureFinish(), c.aioFinished);
+    EXPECT_EQ(instrument->mAsExposureFinish(), c.masFinished);
+    instrument->ResetTheFlags();
+    EXPECT_FALSE(instrument->DetectorExposureFinish());
+    EXPECT_FALSE(instrument->mAsExposureFinish());
+  }
 }
 
 TEST_F(Polling, TheModeIsTheProcesssAndStopStaysEnabledWhileAFluoroscopyRunsWithoutData) {
@@ -213,8 +415,8 @@ TEST_F(Polling, SeveralSlotsAnnounceOnlyWhenBothHalvesOfTheExposureAreDone) {
   context->state.removeDetector(0);  // an emptied slot is skipped by the announcement too
   ASSERT_GT(pollUntilFinished(), 0);
   // The dosimeter among several detectors counts a waveform without announcing one.
-  EXPECT_EQ(std::count(events.events.begin(), events.events.end(), "CheckExposureWaveform 1"), 0);
-  EXPECT_EQ(std::count(events.events.begin(), events.events.end(), "IncrementWaveCount"), 1);
+  EXPECT_EQ(count(events.events, "CheckExposureWaveform 1"), 0);
+  EXPECT_EQ(count(events.events, "IncrementWaveCount"), 1);
   EXPECT_TRUE(platform.trace.contains("$CheckDataStatus$ - mAs waveform is initialized :: 301"));
 }
 

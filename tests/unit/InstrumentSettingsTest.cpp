@@ -112,6 +112,18 @@ TEST_F(Settings, ModesAndSetupsUseTheLibrarysCodes) {
   }
 }
 
+TEST_F(Settings, TheLastSlotDecidesWhetherTheDetectorsAreConnected) {
+  const struct {
+    int removed;  ///< the slot emptied, -1 none
+    bool connected;
+  } cases[] = {{-1, true}, {0, true}, {1, false}};
+  for (const auto& c : cases) {
+    start(kAio + "," + kDose);
+    if (c.removed >= 0) context->state.removeDetector(static_cast<std::size_t>(c.removed));
+    EXPECT_EQ(instrument->IsDetectorConnected(), c.connected) << c.removed;
+  }
+}
+
 TEST_F(Settings, SerialNumbersAndVersionsOfEverySlotEndWithAComma) {
   start(kAio + "," + kDose);
   EXPECT_EQ(instrument->pSerialNumber(), "1201,1305,");
@@ -149,6 +161,12 @@ TEST_F(Settings, DosimeterRecordsAreWrittenBackOnlyWhenSomethingWasRepaired) {
       {"a wrong reference temperature", R"({"adcf": {"referenceTemperature": 21}})", 1, 0, 0},
       {"an unknown mode", R"({"mode": {"mode": 9, "autoReset": 1}})", 0, 1, 0},
       {"an unknown pressure unit", R"({"unit": {"pressureUnit": 7}})", 0, 0, 1},
+      {"the highest pressure", R"({"adcf": {"setPressure": 795, "defaultPressure": 522}})", 0, 0, 0},
+      {"the highest temperature", R"({"adcf": {"setTemperature": 50, "defaultTemperature": 0}})", 0, 0, 0},
+      {"the other reference temperature", R"({"adcf": {"referenceTemperature": 22}})", 0, 0, 0},
+      {"the highest units", R"({"unit": {"doseUnit": 3, "doseRateUnit": 5, "temperatureUnit": 3,
+                                         "pressureUnit": 6, "frameRate": 1200}})",
+       0, 0, 0},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -166,6 +184,12 @@ TEST_F(Settings, DosimeterRecordsAreWrittenBackOnlyWhenSomethingWasRepaired) {
   EXPECT_FLOAT_EQ(adcf.setPressure, 522);
   EXPECT_FLOAT_EQ(adcf.setTemperature, 20) << "the reference temperature's check repairs the set temperature";
   EXPECT_FLOAT_EQ(adcf.referenceTemperature, 21);
+
+  start(
+      R"({"identifier": 303, "typeCode": 3, "dosimeter": {"unit": {"temperatureUnit": 4, "pressureUnit": 0}}})");
+  instrument->ChangeAllsettings();
+  EXPECT_EQ(simulator->detector(303).dosimeterUnit.temperatureUnit, 1);
+  EXPECT_EQ(simulator->detector(303).dosimeterUnit.pressureUnit, 2);
 }
 
 }  // namespace

@@ -68,7 +68,7 @@ TEST(NumberText, ValOSReadsCommaAndPointAlikeAndStopsAtTheFirstNonNumber) {
       {"1,5", 1.5},        {"1.5", 1.5},      {"2,50", 2.5},  {"abc", 0},         {"", 0},
       {" 12 .5 kV", 12.5}, {"-3.2e2x", -320}, {"1D3", 1000},  {"1e", 1},          {"1e+", 1},
       {"+7", 7},           {".", 0},          {"-", 0},       {"1,234,5", 1.234}, {"12-3", 12},
-      {".25", 0.25},       {"1E-05", 1e-5},   {"\t4\n2", 42},
+      {".25", 0.25},       {"1E-05", 1e-5},   {"\t4\n2", 42}, {"2d-1", 0.2},
   };
   for (const auto& [text, value] : cases) EXPECT_DOUBLE_EQ(valOS(text), value) << '"' << text << '"';
   EXPECT_THROW(valOS("1e999"), std::out_of_range);

@@ -223,37 +223,6 @@ TEST_F(RecordReplay, ACutOffSessionReplaysUpToTheCutAndThenSaysWhere) {
   EXPECT_NE(found[1].find("cut off at line " + line), std::string::npos) << found[1];
 }
 
-TEST_F(RecordReplay, ExtraStatusPollsRepeatTheLastRecordedAnswerAndOtherCallsSayWhereTheRecordingEnded) {
-  const std::string session = path("session.jsonl");
-  record(session);
-  const std::vector<std::string> lines = linesOf(session);
-  const std::string id = std::to_string(aio());
-  std::string lastStatus;  // the hex of the last recorded status of the all-in-one detector
-  for (const std::string& line : lines) {
-    const std::string call = "\"f\":\"MBGetDetectorStatus\",\"a\":[\"";
-    const auto at = line.find(call);
-    if (at != std::string::npos && line.find("\"," + id + "]") != std::string::npos) {
-      const auto start = at + call.size();
-      lastStatus = line.substr(start, line.find('"', start) - start);
-    }
-  }
-  ASSERT_EQ(lastStatus.size(), 2 * sizeof(DetectorStatus));
-  replay(session);
-
-  MBdllFunctions library = MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH);
-  for (int poll = 0; poll < 2; ++poll) {
-    const DetectorStatus status = library.MBGetDetectorStatus(aio());
-    std::string hex;
-    session::appendHex(hex, &status, sizeof status);
-    EXPECT_EQ(hex, lastStatus);
-  }
-  EXPECT_EQ(notes(), std::vector<std::string>{});
-  EXPECT_EQ(library.MBEnableMeasurement(aio()), 0);
-  EXPECT_EQ(notes(),
-            std::vector<std::string>{"! replay: no recorded answer for MBEnableMeasurement of detector " +
-                                     id + " after " + session + " line " + std::to_string(lines.size())});
-}
-
 TEST_F(RecordReplay, TheRecordersOwnTroublesChangeNothingForThePlugIn) {
   const Outcome direct = runProcedure(RX9400_SIMULATOR_PATH, aio());
   const struct {

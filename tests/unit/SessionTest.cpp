@@ -83,7 +83,6 @@ TEST_F(Session, TheScanDialogStartsTheScanOnceAndPollsWhileTheLibraryAnswersOne)
   EXPECT_EQ(calls("MBGetScanCompleteStatus("), 4) << "three answers of 1, then done";
   EXPECT_EQ(scan.ticks, 4);
   EXPECT_EQ(scan.intervals, (std::vector<int>{1, 200}));
-  EXPECT_EQ(scan.frames, (std::vector<int>{1, 2, 3, 4}));
   EXPECT_TRUE(scan.hidden());
   EXPECT_EQ(scan.title(), "Scanning...");
   EXPECT_EQ(scan.shownCaptions(), (std::vector<std::string>{"Scanning...", "Stop"}));
@@ -167,7 +166,7 @@ TEST_F(Session, ConnectRefusalsKeepTheDialogOpenAndConnectNothing) {
     std::string text;
     std::string caption;
   };
-  const std::string failedSelfTest = R"({"identifier": 101, "typeCode": 4, "selfTestResult": 3})";
+  const std::string failedSelfTest = R"({"identifier": 101, "typeCode": 4, "selfTestResult": 1})";
   const Case cases[] = {
       {"nothing ticked", scenario(kAio), 0, tickAndConnect({}),
        "No detector selected, please select a detector to proceed.", "Select Detector"},
@@ -194,6 +193,23 @@ TEST_F(Session, ConnectRefusalsKeepTheDialogOpenAndConnectNothing) {
     EXPECT_FALSE(platform.dialogs.connect->hidden()) << "the dialog stays open for another choice";
     EXPECT_EQ(context->state.identifierAt(0), 0);
     EXPECT_TRUE(platform.sound.calls.empty());
+  }
+}
+
+TEST_F(Session, ConnectingTakesTheChargingFlagOrTheChargeFromTheBattery) {
+  const struct {
+    const char* battery;
+    bool charging;
+    int percent;
+  } cases[] = {{R"({"percent": 55})", false, 55}, {R"({"percent": 55, "charging": 1})", true, 0}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.battery);
+    platform = TestPlatform();
+    start(scenario(R"({"identifier": 101, "typeCode": 1, "battery": )" + std::string(c.battery) + "}"));
+    platform.dialogs.connect->scripts.push_back(tickAndConnect({"AIO"}));
+    session->ScanAndConnectToDetector();
+    EXPECT_EQ(context->state.charging, c.charging);
+    EXPECT_EQ(context->state.chargePercent, c.percent);
   }
 }
 

@@ -1,5 +1,5 @@
 // Scripted faults the plug-in's own tests do not reach: zero-error windows, waveforms and sections, the
-// mAs link lost during a download, chamber refusals.
+// mAs link lost during a download.
 #include "SimTestSupport.h"
 
 namespace rx9400::simtest {
@@ -73,14 +73,6 @@ INSTANTIATE_TEST_SUITE_P(
                       WaveformFault{R"({"sectionShortBy": 1})", 1025, 1, 1, 4096},
                       WaveformFault{R"({"sectionShortBy": 2})", 1025, 1, 1, -1}));  // not a page left
 
-TEST_F(SimFaults, SectionMissingGivesTheChamberFileLengthWithoutSection) {
-  loadScenario(
-      one(ownId(), 5, R"("dosimeter": {"chambers": [{"name": "C"}]}, "faults": {"sectionMissing": true})"));
-  scanAndConnect({ownId()});
-  EXPECT_EQ(MBGetChamberFileInfo(ownId()), 8) << "the length of \"1\\t1\\tC\\t0\\t\" is given";
-  EXPECT_FALSE(readSection(ownId()).has_value());
-}
-
 TEST_F(SimFaults, MasLinkLossShowsFromTheKthBlockUntilTheNextDownloadStarts) {
   loadScenario(one(
       66, 2, R"("mas": {"exposures": [{"pollsBeforeStart": 0}]}, "faults": {"masLinkLossAfterBlocks": 2})"));
@@ -100,28 +92,6 @@ TEST_F(SimFaults, MasLinkLossShowsFromTheKthBlockUntilTheNextDownloadStarts) {
   poll(), read();
   EXPECT_EQ(seen, (std::vector<std::int32_t>{1, 26, 1, 26, 2, 0, 2, 1, 26}));
 }
-
-struct Refusal {
-  const char* fault;
-  int chamber, calFactor;  // what adding a chamber, then a cal factor answers
-};
-
-using SimChamberRefusal = SimTable<Refusal>;
-
-TEST_P(SimChamberRefusal, AdditionAnswersZero) {
-  loadScenario(one(64, 3,
-                   R"("dosimeter": {"chambers": [{"name": "C"}]}, "faults": {")" +
-                       std::string(GetParam().fault) + R"(": true})"));
-  scanAndConnect({64});
-  char name[15] = "N";
-  CalFactor factor{};
-  EXPECT_EQ((std::vector<int>{MBAddNewIonChamber(64, name), MBAddNewCalFactor(64, 1, &factor)}),
-            (std::vector<int>{GetParam().chamber, GetParam().calFactor}));
-}
-
-INSTANTIATE_TEST_SUITE_P(Faults, SimChamberRefusal,
-                         ::testing::Values(Refusal{"addChamberRefused", 0, 1},
-                                           Refusal{"addCalFactorRefused", 2, 0}));
 
 }  // namespace
 }  // namespace rx9400::simtest

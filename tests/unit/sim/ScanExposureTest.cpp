@@ -58,52 +58,5 @@ INSTANTIATE_TEST_SUITE_P(
               "faults": {"zeroError": {"fromPoll": 2, "polls": 2}})"),
               "...sd.."}));
 
-using SimRecords = SimTest;
-
-using SimDoseEnd = SimTable<const char*>;
-
-/// One string per dosimeter read: exposureStarted, integrating, dataAvailable, exposureEnded, autoResetDone.
-TEST_P(SimDoseEnd, DosimeterIntegratesThenDeliversFinalValuesOnceWithItsEndFlag) {
-  loadScenario(one(31, 3,
-                   R"("exposures": [{"pollsBeforeStart": 0, "pollsBeforeData": 1,
-      "dose": {"value": 2.5, "status": 4}, "endFlag": ")" +
-                       std::string(GetParam()) + "\"}]"));
-  scanAndConnect({31});
-  MBEnableMeasurement(31);
-  std::vector<std::string> reads;
-  DoseMeasuredData d{};
-  for (int i = 0; i < 4; ++i) {
-    status(31);
-    MBGetDosimeterMeasuredData(&d, 31, 0);
-    reads.push_back(std::string() + "01"[d.exposureStarted != 0] + "01"[d.integrating != 0] +
-                    "01"[d.dataAvailable != 0] + "01"[d.exposureEnded != 0] + "01"[d.autoResetDone != 0]);
-  }
-  const bool ended = std::string(GetParam()) == "exposureEnded";
-  EXPECT_EQ(reads, (std::vector<std::string>{"11000", "01000", ended ? "00110" : "00101", "00000"}));
-  EXPECT_EQ((std::vector<float>{d.dose, float(d.doseStatus), d.temperature}),
-            (std::vector<float>{2.5F, 4, 22.5F}))
-      << "the last values stay; the sensors show";
-}
-
-INSTANTIATE_TEST_SUITE_P(Flags, SimDoseEnd, ::testing::Values("exposureEnded", "autoResetDone"));
-
-TEST_F(SimRecords, MasMeterZeroesThenRunsItsOwnCycleOnItsReadsAlone) {
-  loadScenario(one(41, 4, R"("exposures": [{"pollsBeforeStart": 0}], "mas": {"exposures": [{"zeroingReads": 2,
-      "pollsBeforeStart": 1, "mA": 200, "mAs": {"value": 20, "status": 6}}]})"));
-  scanAndConnect({41});
-  MBEnableMeasurement(41);
-  for (int i = 0; i < 10; ++i) status(41);  // status polls do not move the mAs meter
-  MasMeasuredData m{};
-  std::vector<std::string> reads;  // meterState, 's' started, 'd' data
-  for (int i = 0; i < 6; ++i) {
-    MBGetmAsMeasuredData(&m, 41, 0);
-    reads.push_back(std::to_string(m.meterState) + ".s"[m.exposureStarted != 0] + ".d"[m.dataAvailable != 0]);
-  }
-  EXPECT_EQ(reads, (std::vector<std::string>{"8..", "8..", "1..", "2s.", "1.d", "1.."}));
-  EXPECT_EQ((std::vector<float>{m.mA, m.mAs, float(m.mAsStatus), float(m.waveformAvailable != 0)}),
-            (std::vector<float>{200, 20, 6, 1}));
-  EXPECT_EQ(detectorState(41).exposuresDelivered, 0) << "the all-in-one part's data were never read";
-}
-
 }  // namespace
 }  // namespace rx9400::simtest

@@ -126,24 +126,5 @@ INSTANTIATE_TEST_SUITE_P(Blocks, SimMasBlocks,
                                            MasBlock{0, 2, 26, 0, 50000},      // every second point
                                            MasBlock{58, 1, 4, 58000, 0}));    // past the end: 0
 
-TEST_F(SimWaveform, PausesAreBalancedAndTheDownloadBracketTracked) {
-  for (auto* call : {MBPauseUpdateThread, MBResumeUpdateThread, MBPauseUpdateThread, MBPauseUpdateThread,
-                     MBResumeUpdateThread, MBResumeUpdateThread, MBResumeUpdateThread})
-    call();
-  SimLibraryState s{};
-  SimGetLibraryState(&s);
-  EXPECT_EQ((std::vector<int>{s.pauseCalls, s.resumeCalls, s.pauseDepth, s.unbalancedCalls}),
-            (std::vector<int>{3, 4, 0, 2}));
-  const auto lines = logLines();
-  EXPECT_EQ(std::count_if(lines.begin(), lines.end(), [](const std::string& l) { return l[0] == '!'; }), 2);
-
-  scanAndConnect({4711});
-  MBStartWFDownload(4711, 1);
-  EXPECT_EQ(detectorState(4711).waveformDownloadActive, 1);
-  MBStartWFDownload(4711, 0);
-  EXPECT_EQ(detectorState(4711).waveformDownloadActive, 0);
-  EXPECT_EQ(detectorState(4711).waveformDownloadStarts, 1);
-}
-
 }  // namespace
 }  // namespace rx9400::simtest
