@@ -63,17 +63,24 @@ check "download-waveforms.vbs saves the kV and mA waveforms of the exposure" wav
 supervise() {
   local boxes=$artifacts/msgform.txt helper=
   : >"$boxes"
+  # MsgForm.exe ends when its last box is released and starts again for the next one: every instance is
+  # answered until the sample has ended.
+  rm -f "$artifacts/sample-ended"
   if [ -n "$installed" ]; then
-    run_wine 150 "$automate" --timeout=90 "--artifacts=$(windows_path "$artifacts")" --process=MsgForm.exe \
-      dismiss-all >"$boxes" 2>&1 &
+    while [ ! -e "$artifacts/sample-ended" ]; do
+      run_wine 30 "$automate" --timeout=5 "--artifacts=$(windows_path "$artifacts")" --process=MsgForm.exe dismiss-all
+    done >"$boxes" 2>&1 &
     helper=$!
   fi
   sample tests/e2e/samples/supervision.json supervise-power "" "Battery: 80 %
 Battery: 15 %
 The detector sleeps.
 Wake Up button offered
-The detector is awake again." window "Establish Connection" tick 0 click Connect gone dismiss-all || return 1
+The detector is awake again." window "Establish Connection" tick 0 click Connect gone dismiss-all
+  local status=$?
+  touch "$artifacts/sample-ended"
   [ -z "$helper" ] || wait "$helper"
+  [ "$status" -eq 0 ] || return 1
   for box in "Low Battery" "Detector Sleep"; do
     grep -q "window \"$box\"" "$artifacts/supervise-power.txt" "$boxes" || { echo "no box \"$box\""; return 1; }
   done
