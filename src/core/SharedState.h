@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "core/IonChamberTable.h"
 #include "device/EnumsStructs.h"
-#include "ionchamber/IonChamberTable.h"
 
 namespace rx9400 {
 

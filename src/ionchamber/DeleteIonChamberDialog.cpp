@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "core/Placement.h"
-#include "ionchamber/IonChamberSetupDialog.h"
 
 namespace rx9400 {
 

@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <optional>
 
+#include "core/IonChamberTable.h"
 #include "core/NumberText.h"
 #include "core/Placement.h"
-#include "ionchamber/IonChamberTable.h"
 
 namespace rx9400 {
 

@@ -4,7 +4,6 @@
 #include <stdexcept>
 
 #include "core/DialogFactory.h"
-#include "core/NumberText.h"
 #include "core/Placement.h"
 #include "ionchamber/DeleteIonChamberDialog.h"
 #include "ionchamber/EditIonChamberDialog.h"
@@ -17,12 +16,6 @@ namespace {
 constexpr int kMaxChamberEntries = 1 + 10;
 constexpr int kMaxCalFactorEntries = 10;
 }  // namespace
-
-std::string calConstantLabel(PluginContext& context, const CalFactor& calFactor) {
-  return scientificText(calFactor.calConstant, context.catalogue.text(catalogue::kExponentLetter),
-                        context.services.locale.decimalSeparator()) +
-         context.catalogue.text(unitLiteral(calFactor.unitCode));
-}
 
 IonChamberSetupDialog::IonChamberSetupDialog(PluginContext& context, IonChamberSetupView& view)
     : context_(context), view_(view) {

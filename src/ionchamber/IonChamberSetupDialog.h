@@ -19,10 +19,6 @@ namespace rx9400 {
 
 class IonChamberSetupDialog;
 
-/// A cal constant as the dialogs show it: scientific text with the catalogue's exponent letter, then
-/// the unit text by unit code.
-std::string calConstantLabel(PluginContext& context, const CalFactor& calFactor);
-
 enum class SetupButton { Edit, Delete, Continue, Cancel };
 
 class IonChamberSetupView : public DialogView {

@@ -1,11 +1,13 @@
 // The dosimeter's ion chambers and cal factors.
-#include "ionchamber/IonChamberTable.h"
+#include "core/IonChamberTable.h"
 
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
 #include "core/CatalogueLiterals.h"
+#include "core/NumberText.h"
+#include "core/PluginContext.h"
 #include "core/Text.h"
 
 namespace rx9400 {
@@ -21,6 +23,12 @@ std::string_view unitLiteral(std::int32_t unitCode) {
     default:
       return catalogue::kUnitRCSpaced;
   }
+}
+
+std::string calConstantLabel(PluginContext& context, const CalFactor& calFactor) {
+  return scientificText(calFactor.calConstant, context.catalogue.text(catalogue::kExponentLetter),
+                        context.services.locale.decimalSeparator()) +
+         context.catalogue.text(unitLiteral(calFactor.unitCode));
 }
 
 std::string nameOf(const IonChamber& chamber) {

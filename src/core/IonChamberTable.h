@@ -18,6 +18,8 @@
 
 namespace rx9400 {
 
+struct PluginContext;
+
 /// Runs one step of a dialog handler; a failing step (an index outside the table, a failing library
 /// call) is skipped and the handler goes on with the next one.
 template <typename Step>
@@ -31,6 +33,10 @@ void skipOnFailure(Step&& step) noexcept {
 /// The catalogue literal of a cal constant's unit by its unit code, with its leading blank; any code
 /// outside 1 to 4 gives the R/C text.
 std::string_view unitLiteral(std::int32_t unitCode);
+
+/// A cal constant as the dialogs and the instrument show it: scientific text with the catalogue's
+/// exponent letter, then the unit text by unit code.
+std::string calConstantLabel(PluginContext& context, const CalFactor& calFactor);
 
 /// The text of a chamber's or a cal factor's fixed-length name.
 std::string nameOf(const IonChamber& chamber);
