@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +39,10 @@ std::string_view unitLiteral(std::int32_t unitCode);
 /// exponent letter, then the unit text by unit code.
 std::string calConstantLabel(PluginContext& context, const CalFactor& calFactor);
 
+/// The chamber's cal factors in use: its count of them, at most ten.
+std::span<CalFactor> usedCalFactors(IonChamber& chamber);
+std::span<const CalFactor> usedCalFactors(const IonChamber& chamber);
+
 /// The text of a chamber's or a cal factor's fixed-length name.
 std::string nameOf(const IonChamber& chamber);
 std::string nameOf(const CalFactor& calFactor);
@@ -62,6 +67,9 @@ struct IonChamberTable {
   const IonChamber& at(std::size_t index) const;
   /// The cal factor at a slot below the chamber's count; throws std::out_of_range otherwise.
   CalFactor& calFactorAt(std::size_t chamber, std::size_t slot);
+  const CalFactor& calFactorAt(std::size_t chamber, std::size_t slot) const;
+  /// The cal constant's label of a chamber's cal factor; empty when there is no such cal factor.
+  std::string calConstantText(PluginContext& context, int chamber, int slot) const;
   /// The index of the chamber with this number, if one of the chambers in use has it.
   std::optional<std::size_t> indexOfNumber(std::int16_t number) const;
 

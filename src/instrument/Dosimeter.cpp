@@ -24,11 +24,6 @@ namespace rx9400 {
 
 namespace {
 
-std::int32_t firstDosimeter(const SharedState& state) {
-  const std::vector<std::int32_t> ids = state.dosimeterIdentifiers();
-  return ids.empty() ? 0 : ids.front();
-}
-
 bool isMasKind(std::int32_t kind) {
   return hasMasPart(kind);
 }
@@ -101,10 +96,8 @@ std::string Instrument::GetCalFactor() {
 
 std::string Instrument::GetCalConst() {
   try {
-    IonChamberTable& table = context_.state.ionChambers;
-    return calConstantLabel(context_,
-                            table.calFactorAt(static_cast<std::size_t>(table.selectedChamber - 1),
-                                              static_cast<std::size_t>(table.selectedCalFactor - 1)));
+    const IonChamberTable& table = context_.state.ionChambers;
+    return table.calConstantText(context_, table.selectedChamber - 1, table.selectedCalFactor - 1);
   } catch (const std::exception&) {
     return {};
   }
@@ -119,7 +112,7 @@ std::uint8_t Instrument::GetIonChamberInfo() {
 }
 
 std::uint8_t Instrument::readIonChamberInfo() {
-  const std::int32_t id = firstDosimeter(context_.state);
+  const std::int32_t id = context_.state.firstDosimeter();
   if (id < 1) return 0;
   MBdllFunctions& library = context_.library;
   std::int16_t length = 0;
@@ -164,7 +157,7 @@ std::uint8_t Instrument::readIonChamberInfo() {
 
 AutomationValue Instrument::GetIonChambers() {
   try {
-    const std::int32_t id = firstDosimeter(context_.state);
+    const std::int32_t id = context_.state.firstDosimeter();
     if (id < 1) return {};
     const std::int32_t count = context_.library.MBGetNoOfIonChambers(id);
     IonChamberTable& table = context_.state.ionChambers;
@@ -189,7 +182,7 @@ void Instrument::sendDosimeterSettings() {
 
 AutomationValue Instrument::CongiureDoseDetector() {
   try {
-    const std::int32_t id = firstDosimeter(context_.state);
+    const std::int32_t id = context_.state.firstDosimeter();
     if (id < 1) return {};
     sendDosimeterSettings();
     readIonChamberInfo();
@@ -238,7 +231,7 @@ bool Instrument::SendCompareData(CompareData& values) {
 }
 
 bool Instrument::compareDosimeterSettings(CompareData& values) {
-  const std::int32_t id = firstDosimeter(context_.state);
+  const std::int32_t id = context_.state.firstDosimeter();
   if (id < 1) return false;
   MBdllFunctions& library = context_.library;
   AdcfSettings adcf = library.MBGetADCF(id);
