@@ -24,10 +24,6 @@ namespace rx9400 {
 
 namespace {
 
-bool isMasKind(std::int32_t kind) {
-  return hasMasPart(kind);
-}
-
 /// A Single as a Long, cut towards zero; a value no Long holds (or not a number) is a run-time failure
 /// of the member.
 std::int32_t truncatedLong(float value) {
@@ -44,7 +40,7 @@ void Instrument::SetMasInputtype(bool bVal) {
   const SharedState& state = context_.state;
   try {
     for (std::size_t slot = 0; slot < state.slotCount(); ++slot) {
-      if (!isMasKind(state.kindAt(slot)) || state.identifierAt(slot) <= 0) continue;
+      if (!hasMasPart(state.kindAt(slot)) || state.identifierAt(slot) <= 0) continue;
       // False always names the first slot's detector, whichever slot is visited.
       context_.library.MBSetmAsInput(bVal ? state.identifierAt(slot) : state.identifierAt(0), bVal ? 1 : 2);
     }
@@ -55,11 +51,8 @@ void Instrument::SetMasInputtype(bool bVal) {
 std::string Instrument::GetDetectorType() {
   const SharedState& state = context_.state;
   if (state.slotCount() == 1) return std::to_string(state.kindAt(0));
-  const std::int32_t first = state.kindAt(0);
-  const std::int32_t second = state.kindAt(1);
-  if ((first == 1 && second == 2) || (first == 2 && second == 1)) return "4";
-  if ((first == 3 && second == 2) || (first == 2 && second == 3)) return "5";
-  return {};
+  const std::optional<DetectorType> paired = pairedType(state.kindAt(0), state.kindAt(1));
+  return paired ? std::to_string(static_cast<std::int32_t>(*paired)) : std::string();
 }
 
 std::string Instrument::pDetectorName(std::int32_t lIndexCount) {
