@@ -184,8 +184,8 @@ class Instrument {
   void threeBeeps(int milliseconds);
   // The notice boxes' buttons. The general box shows only its first button; both close it.
   void mDisplayMessage_ButtonClick();
-  void mDisplaySleepMessage_Button1Click();
-  void mDisplaySleepMessage_Button2Click();
+  /// The sleep box's Wake Up (true) and Cancel (false) buttons.
+  void mDisplaySleepMessage_ButtonClick(bool wakeUp);
 
   // Waveforms.
   std::string downloadWaveforms(WaveformRequest request);

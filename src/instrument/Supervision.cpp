@@ -165,8 +165,8 @@ bool Instrument::CheckDetectorPowerStatus(std::int32_t lSystemSleepTime, std::in
 void Instrument::showSleepNotice() {
   close(sleepBox_);
   Catalogue& catalogue = context_.catalogue;
-  sleepBox_ = context_.services.noticeBoxes.create([this] { mDisplaySleepMessage_Button1Click(); },
-                                                   [this] { mDisplaySleepMessage_Button2Click(); });
+  sleepBox_ = context_.services.noticeBoxes.create([this] { mDisplaySleepMessage_ButtonClick(true); },
+                                                   [this] { mDisplaySleepMessage_ButtonClick(false); });
   sleepBox_->setMessage(catalogue.text(catalogue::kSleepChoice));
   sleepBox_->setCaption(catalogue.text(catalogue::kDetectorSleep));
   sleepBox_->setHeading(catalogue.text(catalogue::kDetectorInSleepMode));
@@ -199,21 +199,16 @@ void Instrument::DetectorWakeUp() {
   }
 }
 
-void Instrument::mDisplaySleepMessage_Button1Click() {
+void Instrument::mDisplaySleepMessage_ButtonClick(bool wakeUp) {
   try {
     if (sleepBox_ == nullptr) return;
     close(sleepBox_);
-    wakeEveryDetector();
-    lastActivity_ = context_.services.clock.milliseconds();
-  } catch (...) {
-  }
-}
-
-void Instrument::mDisplaySleepMessage_Button2Click() {
-  try {
-    if (sleepBox_ == nullptr) return;
-    close(sleepBox_);
-    events_.AddWakeUpButton(true);
+    if (wakeUp) {
+      wakeEveryDetector();
+      lastActivity_ = context_.services.clock.milliseconds();
+    } else {
+      events_.AddWakeUpButton(true);
+    }
   } catch (...) {
   }
 }
