@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -64,6 +65,20 @@ constexpr std::string_view detectorDisplayNameLiteral(std::int32_t typeCode) {
 /// The type code as a DetectorType, for a switch over the named codes.
 constexpr DetectorType detectorType(std::int32_t typeCode) {
   return static_cast<DetectorType>(typeCode);
+}
+/// The type two slots make together, in either order: an all-in-one detector or a dosimeter beside an
+/// mAs meter; none for any other pair.
+constexpr std::optional<DetectorType> pairedType(std::int32_t first, std::int32_t second) {
+  const bool firstIsMas = detectorType(first) == DetectorType::Mas;
+  if (!firstIsMas && detectorType(second) != DetectorType::Mas) return std::nullopt;
+  switch (detectorType(firstIsMas ? second : first)) {
+    case DetectorType::Aio:
+      return DetectorType::AioMas;
+    case DetectorType::Dose:
+      return DetectorType::DoseMas;
+    default:
+      return std::nullopt;
+  }
 }
 
 }  // namespace rx9400

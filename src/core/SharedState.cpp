@@ -46,4 +46,9 @@ std::vector<std::int32_t> SharedState::dosimeterIdentifiers() const {
   return identifiers;
 }
 
+std::int32_t SharedState::firstDosimeter() const {
+  const std::vector<std::int32_t> identifiers = dosimeterIdentifiers();
+  return identifiers.empty() ? 0 : identifiers.front();
+}
+
 }  // namespace rx9400

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "core/IonChamberTable.h"
 #include "device/EnumsStructs.h"
-#include "ionchamber/IonChamberTable.h"
 
 namespace rx9400 {
 
@@ -69,6 +69,8 @@ struct SharedState {
   void removeDetector(std::size_t slot);
   /// The identifiers of the connected dosimeters (type 3 or 5, identifier at least 1), in slot order.
   std::vector<std::int32_t> dosimeterIdentifiers() const;
+  /// The first of them, 0 when no dosimeter is connected.
+  std::int32_t firstDosimeter() const;
 };
 
 }  // namespace rx9400

@@ -24,15 +24,6 @@ namespace rx9400 {
 
 namespace {
 
-std::int32_t firstDosimeter(const SharedState& state) {
-  const std::vector<std::int32_t> ids = state.dosimeterIdentifiers();
-  return ids.empty() ? 0 : ids.front();
-}
-
-bool isMasKind(std::int32_t kind) {
-  return hasMasPart(kind);
-}
-
 /// A Single as a Long, cut towards zero; a value no Long holds (or not a number) is a run-time failure
 /// of the member.
 std::int32_t truncatedLong(float value) {
@@ -49,7 +40,7 @@ void Instrument::SetMasInputtype(bool bVal) {
   const SharedState& state = context_.state;
   try {
     for (std::size_t slot = 0; slot < state.slotCount(); ++slot) {
-      if (!isMasKind(state.kindAt(slot)) || state.identifierAt(slot) <= 0) continue;
+      if (!hasMasPart(state.kindAt(slot)) || state.identifierAt(slot) <= 0) continue;
       // False always names the first slot's detector, whichever slot is visited.
       context_.library.MBSetmAsInput(bVal ? state.identifierAt(slot) : state.identifierAt(0), bVal ? 1 : 2);
     }
@@ -60,11 +51,8 @@ void Instrument::SetMasInputtype(bool bVal) {
 std::string Instrument::GetDetectorType() {
   const SharedState& state = context_.state;
   if (state.slotCount() == 1) return std::to_string(state.kindAt(0));
-  const std::int32_t first = state.kindAt(0);
-  const std::int32_t second = state.kindAt(1);
-  if ((first == 1 && second == 2) || (first == 2 && second == 1)) return "4";
-  if ((first == 3 && second == 2) || (first == 2 && second == 3)) return "5";
-  return {};
+  const std::optional<DetectorType> paired = pairedType(state.kindAt(0), state.kindAt(1));
+  return paired ? std::to_string(static_cast<std::int32_t>(*paired)) : std::string();
 }
 
 std::string Instrument::pDetectorName(std::int32_t lIndexCount) {
@@ -101,10 +89,8 @@ std::string Instrument::GetCalFactor() {
 
 std::string Instrument::GetCalConst() {
   try {
-    IonChamberTable& table = context_.state.ionChambers;
-    return calConstantLabel(context_,
-                            table.calFactorAt(static_cast<std::size_t>(table.selectedChamber - 1),
-                                              static_cast<std::size_t>(table.selectedCalFactor - 1)));
+    const IonChamberTable& table = context_.state.ionChambers;
+    return table.calConstantText(context_, table.selectedChamber - 1, table.selectedCalFactor - 1);
   } catch (const std::exception&) {
     return {};
   }
@@ -119,7 +105,7 @@ std::uint8_t Instrument::GetIonChamberInfo() {
 }
 
 std::uint8_t Instrument::readIonChamberInfo() {
-  const std::int32_t id = firstDosimeter(context_.state);
+  const std::int32_t id = context_.state.firstDosimeter();
   if (id < 1) return 0;
   MBdllFunctions& library = context_.library;
   std::int16_t length = 0;
@@ -164,7 +150,7 @@ std::uint8_t Instrument::readIonChamberInfo() {
 
 AutomationValue Instrument::GetIonChambers() {
   try {
-    const std::int32_t id = firstDosimeter(context_.state);
+    const std::int32_t id = context_.state.firstDosimeter();
     if (id < 1) return {};
     const std::int32_t count = context_.library.MBGetNoOfIonChambers(id);
     IonChamberTable& table = context_.state.ionChambers;
@@ -189,7 +175,7 @@ void Instrument::sendDosimeterSettings() {
 
 AutomationValue Instrument::CongiureDoseDetector() {
   try {
-    const std::int32_t id = firstDosimeter(context_.state);
+    const std::int32_t id = context_.state.firstDosimeter();
     if (id < 1) return {};
     sendDosimeterSettings();
     readIonChamberInfo();
@@ -238,7 +224,7 @@ bool Instrument::SendCompareData(CompareData& values) {
 }
 
 bool Instrument::compareDosimeterSettings(CompareData& values) {
-  const std::int32_t id = firstDosimeter(context_.state);
+  const std::int32_t id = context_.state.firstDosimeter();
   if (id < 1) return false;
   MBdllFunctions& library = context_.library;
   AdcfSettings adcf = library.MBGetADCF(id);

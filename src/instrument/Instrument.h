@@ -167,9 +167,6 @@ class Instrument {
   void pollMas(std::int32_t id, std::int32_t kind);
   void announceWaveform(bool aio, std::int32_t id);
   void announceWaveforms();
-  void closeSleepNotice(std::size_t slot);
-  void showNotice(const std::string& caption, const std::string& heading, const std::string& message);
-  void threeBeeps(int milliseconds);
 
   // Supervision: the warning a status record calls for, given once per episode (exposure polling and
   // CheckDetectorStatus share it). dueAlert clears the marks of episodes that ended; a warning's own
@@ -180,11 +177,15 @@ class Instrument {
   void giveAlert(Alert alert, std::size_t slot, std::int32_t id, int lowBatteryBeep);
   void showSleepNotice();
   void wakeEveryDetector();
-  // The notice boxes' buttons.
-  void mDisplayMessage_Button1Click();
-  void mDisplayMessage_Button2Click();
-  void mDisplaySleepMessage_Button1Click();
-  void mDisplaySleepMessage_Button2Click();
+  // The notice boxes: one general box and one sleep box on screen at a time. A failing call of a box's
+  // component ends the member that made it.
+  void closeSleepNotice(std::size_t slot);
+  void showNotice(const std::string& caption, const std::string& heading, const std::string& message);
+  void threeBeeps(int milliseconds);
+  // The notice boxes' buttons. The general box shows only its first button; both close it.
+  void mDisplayMessage_ButtonClick();
+  /// The sleep box's Wake Up (true) and Cancel (false) buttons.
+  void mDisplaySleepMessage_ButtonClick(bool wakeUp);
 
   // Waveforms.
   std::string downloadWaveforms(WaveformRequest request);
@@ -216,10 +217,8 @@ class Instrument {
   bool aioWaveformPending_ = false;
   bool masWaveformPending_ = false;
   bool masZeroingNotice_ = false;
-  bool masWakeFlag_ = false;
   bool errorNoticeShown_ = false;
   bool sensorResetNoticeShown_ = false;
-  bool dosimeterFlag_ = false;
   DetectorStatus lastStatus_{};
 
   // Dosimeter settings.

@@ -59,44 +59,6 @@ std::string Instrument::FormatMeasuredValue(std::int32_t status, float value) {
   }
 }
 
-void Instrument::closeSleepNotice(std::size_t slot) {
-  if (sleepBox_ != nullptr) {
-    sleepBox_->close();
-    sleepBox_.reset();
-  }
-  context_.state.alerts[slot].sleeping = kVBFalse;
-}
-
-void Instrument::showNotice(const std::string& caption, const std::string& heading,
-                            const std::string& message) {
-  if (generalBox_ != nullptr) {
-    generalBox_->close();
-    generalBox_.reset();
-  }
-  const auto closeGeneralBox = [this] {
-    if (generalBox_ != nullptr) {
-      generalBox_->close();
-      generalBox_.reset();
-    }
-  };
-  generalBox_ = context_.services.noticeBoxes.create(closeGeneralBox, closeGeneralBox);
-  generalBox_->setMessage(message);
-  generalBox_->setCaption(caption);
-  generalBox_->setHeading(heading);
-  generalBox_->setButton2("");
-  generalBox_->setButton1(context_.catalogue.text(catalogue::kOK));
-  generalBox_->show();
-}
-
-void Instrument::threeBeeps(int milliseconds) {
-  Sound& sound = context_.services.sound;
-  sound.beep(2500, milliseconds);
-  sound.sleep(100);
-  sound.beep(2500, milliseconds);
-  sound.sleep(100);
-  sound.beep(2500, milliseconds);
-}
-
 bool Instrument::pollConnectionAndBattery(std::size_t slot, std::int32_t id, const DetectorStatus& status) {
   const Alert alert = dueAlert(slot, status);
   if (status.connectionState == kConnectionLost) context_.state.measurementEnabled = false;
@@ -292,11 +254,6 @@ void Instrument::pollMas(std::int32_t id, std::int32_t kind) {
     events_.ZeroingmAs(false);
   }
   if (data.exposureStarted != 0) {
-    if (masWakeFlag_) {
-      lastActivity_ = now;
-      masWakeFlag_ = false;
-      events_.AddWakeUpButton(false);
-    }
     context_.services.sound.beep(2500, 200);
     dataTaken_ = false;
   }

@@ -332,7 +332,6 @@ void Instrument::repairDosimeterRecords(std::int32_t id) {
 void Instrument::ChangeAllsettings() {
   errorNoticeShown_ = false;
   sensorResetNoticeShown_ = false;
-  dosimeterFlag_ = false;
   try {
     for (std::size_t slot = 0; slot < context_.state.slotCount(); ++slot) {
       const std::int32_t id = context_.state.identifierAt(slot);

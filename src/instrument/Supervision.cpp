@@ -34,6 +34,33 @@ void close(std::unique_ptr<NoticeBox>& slot) {
 
 }  // namespace
 
+void Instrument::closeSleepNotice(std::size_t slot) {
+  close(sleepBox_);
+  context_.state.alerts[slot].sleeping = kVBFalse;
+}
+
+void Instrument::showNotice(const std::string& caption, const std::string& heading,
+                            const std::string& message) {
+  close(generalBox_);
+  generalBox_ = context_.services.noticeBoxes.create([this] { mDisplayMessage_ButtonClick(); },
+                                                     [this] { mDisplayMessage_ButtonClick(); });
+  generalBox_->setMessage(message);
+  generalBox_->setCaption(caption);
+  generalBox_->setHeading(heading);
+  generalBox_->setButton2("");
+  generalBox_->setButton1(context_.catalogue.text(catalogue::kOK));
+  generalBox_->show();
+}
+
+void Instrument::threeBeeps(int milliseconds) {
+  Sound& sound = context_.services.sound;
+  sound.beep(2500, milliseconds);
+  sound.sleep(100);
+  sound.beep(2500, milliseconds);
+  sound.sleep(100);
+  sound.beep(2500, milliseconds);
+}
+
 Instrument::Alert Instrument::dueAlert(std::size_t slot, const DetectorStatus& status) {
   DetectorAlertState& marks = context_.state.alerts[slot];
   if (status.connectionState == kConnectionLost) {
@@ -138,8 +165,8 @@ bool Instrument::CheckDetectorPowerStatus(std::int32_t lSystemSleepTime, std::in
 void Instrument::showSleepNotice() {
   close(sleepBox_);
   Catalogue& catalogue = context_.catalogue;
-  sleepBox_ = context_.services.noticeBoxes.create([this] { mDisplaySleepMessage_Button1Click(); },
-                                                   [this] { mDisplaySleepMessage_Button2Click(); });
+  sleepBox_ = context_.services.noticeBoxes.create([this] { mDisplaySleepMessage_ButtonClick(true); },
+                                                   [this] { mDisplaySleepMessage_ButtonClick(false); });
   sleepBox_->setMessage(catalogue.text(catalogue::kSleepChoice));
   sleepBox_->setCaption(catalogue.text(catalogue::kDetectorSleep));
   sleepBox_->setHeading(catalogue.text(catalogue::kDetectorInSleepMode));
@@ -172,34 +199,25 @@ void Instrument::DetectorWakeUp() {
   }
 }
 
-void Instrument::mDisplaySleepMessage_Button1Click() {
+void Instrument::mDisplaySleepMessage_ButtonClick(bool wakeUp) {
   try {
     if (sleepBox_ == nullptr) return;
     close(sleepBox_);
-    wakeEveryDetector();
-    lastActivity_ = context_.services.clock.milliseconds();
+    if (wakeUp) {
+      wakeEveryDetector();
+      lastActivity_ = context_.services.clock.milliseconds();
+    } else {
+      events_.AddWakeUpButton(true);
+    }
   } catch (...) {
   }
 }
 
-void Instrument::mDisplaySleepMessage_Button2Click() {
-  try {
-    if (sleepBox_ == nullptr) return;
-    close(sleepBox_);
-    events_.AddWakeUpButton(true);
-  } catch (...) {
-  }
-}
-
-void Instrument::mDisplayMessage_Button1Click() {
+void Instrument::mDisplayMessage_ButtonClick() {
   try {
     close(generalBox_);
   } catch (...) {
   }
-}
-
-void Instrument::mDisplayMessage_Button2Click() {
-  mDisplayMessage_Button1Click();
 }
 
 void Instrument::CloseWindow() {

@@ -5,8 +5,8 @@
 #include <optional>
 #include <stdexcept>
 
+#include "core/IonChamberTable.h"
 #include "core/NumberText.h"
-#include "ionchamber/IonChamberTable.h"
 
 namespace rx9400 {
 

@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "core/Placement.h"
-#include "ionchamber/IonChamberSetupDialog.h"
 
 namespace rx9400 {
 
@@ -49,9 +48,9 @@ void DeleteIonChamberDialog::showCalFactors(int chamber) {
   std::vector<bool> ticks;
   skipOnFailure([&] {
     const IonChamber& record = copy_.at(static_cast<std::size_t>(chamber));
-    for (std::size_t slot = 0; slot < std::min<std::size_t>(record.calFactorCount, kMaxCalFactors); ++slot) {
-      names.push_back(nameOf(record.calFactors[slot]));
-      ticks.push_back(record.calFactors[slot].mark == 1);
+    for (const CalFactor& calFactor : usedCalFactors(record)) {
+      names.push_back(nameOf(calFactor));
+      ticks.push_back(calFactor.mark == 1);
     }
   });
   view_.setCalFactorItems(names, ticks);
@@ -63,21 +62,14 @@ void DeleteIonChamberDialog::chamberSelected(int item) {
 }
 
 void DeleteIonChamberDialog::calFactorSelected(int item) {
-  std::string text;
-  skipOnFailure([&] {
-    text = calConstantLabel(
-        context_, copy_.calFactorAt(static_cast<std::size_t>(chamber_), static_cast<std::size_t>(item)));
-  });
-  view_.setCalConstantText(text);
+  view_.setCalConstantText(copy_.calConstantText(context_, chamber_, item));
 }
 
 void DeleteIonChamberDialog::chamberTicked(int item, bool ticked) {
   skipOnFailure([&] {
     IonChamber& record = copy_.at(static_cast<std::size_t>(item));
     record.mark = ticked ? 1 : 0;
-    for (std::size_t slot = 0; slot < std::min<std::size_t>(record.calFactorCount, kMaxCalFactors); ++slot) {
-      record.calFactors[slot].mark = record.mark;
-    }
+    for (CalFactor& calFactor : usedCalFactors(record)) calFactor.mark = record.mark;
     view_.selectChamberItem(item);
     showCalFactors(item);
   });
@@ -90,9 +82,8 @@ void DeleteIonChamberDialog::calFactorTicked(int item, bool ticked) {
         ticked ? 1 : 0;
     view_.selectCalFactorItem(item);
     calFactorSelected(item);
-    const auto used = std::min<std::size_t>(record.calFactorCount, kMaxCalFactors);
-    const bool all = std::all_of(record.calFactors, record.calFactors + used,
-                                 [](const CalFactor& calFactor) { return calFactor.mark == 1; });
+    const bool all = std::ranges::all_of(usedCalFactors(record),
+                                         [](const CalFactor& calFactor) { return calFactor.mark == 1; });
     if (!ticked || all) {
       record.mark = ticked ? 1 : 0;
       view_.setChamberTicked(chamber_, ticked);
@@ -101,7 +92,7 @@ void DeleteIonChamberDialog::calFactorTicked(int item, bool ticked) {
 }
 
 void DeleteIonChamberDialog::deleteClicked() {
-  const std::vector<std::int32_t> dosimeters = context_.state.dosimeterIdentifiers();
+  const std::int32_t dosimeter = context_.state.firstDosimeter();
   if (context_.state.ionChambers.count == 0) return;
   std::size_t markedChambers = 0;
   bool anyMarked = false;
@@ -109,9 +100,8 @@ void DeleteIonChamberDialog::deleteClicked() {
     const IonChamber& record = copy_.records[i];
     if (record.mark == 1) ++markedChambers;
     anyMarked = anyMarked || record.mark == 1 ||
-                std::any_of(record.calFactors,
-                            record.calFactors + std::min<std::size_t>(record.calFactorCount, kMaxCalFactors),
-                            [](const CalFactor& calFactor) { return calFactor.mark == 1; });
+                std::ranges::any_of(usedCalFactors(record),
+                                    [](const CalFactor& calFactor) { return calFactor.mark == 1; });
   }
   Catalogue& catalogue = context_.catalogue;
   MessageBoxes& boxes = context_.services.messageBoxes;
@@ -120,7 +110,7 @@ void DeleteIonChamberDialog::deleteClicked() {
                kBoxInformation);
     return;
   }
-  if (dosimeters.empty()) {
+  if (dosimeter == 0) {
     boxes.show(catalogue.text(catalogue::kNoDosimeterConnected), catalogue.text(catalogue::kDelete),
                kBoxCritical);
     return;
@@ -130,7 +120,7 @@ void DeleteIonChamberDialog::deleteClicked() {
     return;
   }
   view_.setWaitMessageVisible(true);
-  deleteTicked(dosimeters.front(), markedChambers == copy_.size());
+  deleteTicked(dosimeter, markedChambers == copy_.size());
   view_.setWaitMessageVisible(false);
   cancelled_ = false;
   view_.hide();
@@ -150,8 +140,7 @@ void DeleteIonChamberDialog::deleteTicked(std::int32_t dosimeter, bool everyCham
       skipOnFailure([&] { context_.library.MBDeleteIonChamber(dosimeter, record.number); });
       continue;
     }
-    for (std::size_t slot = 0; slot < std::min<std::size_t>(record.calFactorCount, kMaxCalFactors); ++slot) {
-      const CalFactor& calFactor = record.calFactors[slot];
+    for (const CalFactor& calFactor : usedCalFactors(record)) {
       if (calFactor.mark != 1) continue;
       skipOnFailure([&] {
         context_.library.MBDeleteCalfactor(dosimeter, record.number,

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "core/DialogView.h"
+#include "core/IonChamberTable.h"
 #include "core/PluginContext.h"
-#include "ionchamber/IonChamberTable.h"
 
 namespace rx9400 {
 

@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <optional>
 
+#include "core/IonChamberTable.h"
 #include "core/NumberText.h"
 #include "core/Placement.h"
-#include "ionchamber/IonChamberTable.h"
 
 namespace rx9400 {
 
@@ -75,8 +75,8 @@ EditIonChamberDialog::EditIonChamberDialog(PluginContext& context, EditIonChambe
   view_.attach(*this);
 }
 
-void EditIonChamberDialog::Formsetting(int mode) {
-  mode_ = static_cast<EditorMode>(mode);
+void EditIonChamberDialog::Formsetting(EditorMode mode) {
+  mode_ = mode;
 }
 
 void EditIonChamberDialog::show(const std::string& title) {
@@ -170,8 +170,7 @@ bool EditIonChamberDialog::namesAndNumbersValid() {
 }
 
 void EditIonChamberDialog::okClicked() {
-  const std::vector<std::int32_t> dosimeters = context_.state.dosimeterIdentifiers();
-  const std::int32_t dosimeter = dosimeters.empty() ? 0 : dosimeters.front();
+  const std::int32_t dosimeter = context_.state.firstDosimeter();
   if (!namesAndNumbersValid()) return;
   bool done = true;
   skipOnFailure([&] {

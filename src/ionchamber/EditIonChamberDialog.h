@@ -47,8 +47,8 @@ class EditIonChamberDialog {
   /// The chamber (table index) and cal factor (slot) the editor works on, set by the opener.
   int pSelectedICIndex = 0;
   int pSelectedCFIndex = 0;
-  /// Chooses the mode (1 new chamber, 2 new cal factor, 3 edit); the fields follow it when shown.
-  void Formsetting(int mode);
+  /// Chooses the mode; the fields follow it when shown.
+  void Formsetting(EditorMode mode);
   /// Shows the editor modally under this title.
   void show(const std::string& title);
   bool pCancelClick() const { return cancelled_; }

@@ -4,7 +4,6 @@
 #include <stdexcept>
 
 #include "core/DialogFactory.h"
-#include "core/NumberText.h"
 #include "core/Placement.h"
 #include "ionchamber/DeleteIonChamberDialog.h"
 #include "ionchamber/EditIonChamberDialog.h"
@@ -17,12 +16,6 @@ namespace {
 constexpr int kMaxChamberEntries = 1 + 10;
 constexpr int kMaxCalFactorEntries = 10;
 }  // namespace
-
-std::string calConstantLabel(PluginContext& context, const CalFactor& calFactor) {
-  return scientificText(calFactor.calConstant, context.catalogue.text(catalogue::kExponentLetter),
-                        context.services.locale.decimalSeparator()) +
-         context.catalogue.text(unitLiteral(calFactor.unitCode));
-}
 
 IonChamberSetupDialog::IonChamberSetupDialog(PluginContext& context, IonChamberSetupView& view)
     : context_(context), view_(view) {
@@ -91,9 +84,9 @@ void IonChamberSetupDialog::fillCalFactors(int entry, std::int16_t calFactorNumb
   const IonChamber& chamber = context_.state.ionChambers.at(static_cast<std::size_t>(entry - 1));
   std::vector<std::string> entries;
   int chosen = -1;
-  for (std::size_t slot = 0; slot < std::min<std::size_t>(chamber.calFactorCount, kMaxCalFactors); ++slot) {
-    entries.push_back(nameOf(chamber.calFactors[slot]));
-    if (chosen < 0 && chamber.calFactors[slot].number == calFactorNumber) chosen = static_cast<int>(slot);
+  for (const CalFactor& calFactor : usedCalFactors(chamber)) {
+    if (chosen < 0 && calFactor.number == calFactorNumber) chosen = static_cast<int>(entries.size());
+    entries.push_back(nameOf(calFactor));
   }
   if (chosen < 0 && !entries.empty() && firstByDefault) chosen = 0;
   if (!readOnly()) entries.push_back(context_.catalogue.text(catalogue::kNew));
@@ -105,13 +98,8 @@ void IonChamberSetupDialog::fillCalFactors(int entry, std::int16_t calFactorNumb
 }
 
 void IonChamberSetupDialog::showCalConstant(int chamberEntry, int calFactorEntry) {
-  std::string text;
-  skipOnFailure([&] {
-    text = calConstantLabel(context_,
-                            context_.state.ionChambers.calFactorAt(static_cast<std::size_t>(chamberEntry - 1),
-                                                                   static_cast<std::size_t>(calFactorEntry)));
-  });
-  view_.setCalConstantText(text);
+  view_.setCalConstantText(
+      context_.state.ionChambers.calConstantText(context_, chamberEntry - 1, calFactorEntry));
 }
 
 void IonChamberSetupDialog::enableButtons(bool enabled) {
@@ -125,7 +113,7 @@ void IonChamberSetupDialog::enableEditAndDelete(bool enabled) {
   view_.setButtonEnabled(SetupButton::Edit, enabled);
 }
 
-bool IonChamberSetupDialog::runEditor(int mode, std::string_view caption, int chamberIndex,
+bool IonChamberSetupDialog::runEditor(EditorMode mode, std::string_view caption, int chamberIndex,
                                       int calFactorIndex) {
   auto view = context_.services.dialogs.newEditIonChamberView();
   if (!view) return false;
@@ -168,7 +156,8 @@ void IonChamberSetupDialog::addChamber() {
     enableButtons(true);
     return;
   }
-  const bool added = runEditor(1, catalogue::kNewIonChamber, lastChamberEntry_ - 1, lastCalFactorEntry_);
+  const bool added = runEditor(EditorMode::NewChamber, catalogue::kNewIonChamber, lastChamberEntry_ - 1,
+                               lastCalFactorEntry_);
   enableButtons(true);
   if (added) fillLists();
 }
@@ -190,12 +179,15 @@ void IonChamberSetupDialog::addCalFactor() {
                                         context_.catalogue.text(catalogue::kNewCalFactor), kBoxCritical);
     return;
   }
-  if (runEditor(2, catalogue::kNewCalFactor, lastChamberEntry_ - 1, lastCalFactorEntry_)) fillLists();
+  if (runEditor(EditorMode::NewCalFactor, catalogue::kNewCalFactor, lastChamberEntry_ - 1,
+                lastCalFactorEntry_))
+    fillLists();
 }
 
 void IonChamberSetupDialog::editClicked() {
   if (lastChamberEntry_ < 1) return;
-  if (runEditor(3, catalogue::kEditIonChamber, lastChamberEntry_ - 1, view_.calFactorEntry())) fillLists();
+  if (runEditor(EditorMode::Edit, catalogue::kEditIonChamber, lastChamberEntry_ - 1, view_.calFactorEntry()))
+    fillLists();
 }
 
 void IonChamberSetupDialog::deleteClicked() {

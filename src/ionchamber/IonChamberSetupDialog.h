@@ -14,14 +14,11 @@
 
 #include "core/DialogView.h"
 #include "core/PluginContext.h"
+#include "ionchamber/EditIonChamberDialog.h"
 
 namespace rx9400 {
 
 class IonChamberSetupDialog;
-
-/// A cal constant as the dialogs show it: scientific text with the catalogue's exponent letter, then
-/// the unit text by unit code.
-std::string calConstantLabel(PluginContext& context, const CalFactor& calFactor);
 
 enum class SetupButton { Edit, Delete, Continue, Cancel };
 
@@ -81,7 +78,7 @@ class IonChamberSetupDialog {
   bool isNewEntry(int entry, int entryCount) const { return !readOnly() && entry == entryCount - 1; }
   bool readOnly() const { return context_.state.ionChambers.readOnly; }
   /// Opens the editor; false when it was cancelled.
-  bool runEditor(int mode, std::string_view caption, int chamberIndex, int calFactorIndex);
+  bool runEditor(EditorMode mode, std::string_view caption, int chamberIndex, int calFactorIndex);
   void addChamber();
   void addCalFactor();
 

@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "Members.h"
-#include "fakes/Instrument.h"
-#include "fakes/TestPlatform.h"
+#include "fakes/InstrumentFakes.h"
+#include "fakes/PlatformFakes.h"
 
 namespace rx9400::reliability {
 

@@ -3,7 +3,7 @@
 
 #include <stdexcept>
 
-#include "fakes/TestPlatform.h"
+#include "fakes/PlatformFakes.h"
 #include "ionchamber/DatePicker.h"
 
 namespace rx9400 {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "fakes/Simulator.h"
+#include "fakes/SimulatorFakes.h"
 
 namespace rx9400 {
 namespace {

@@ -2,7 +2,7 @@
 // chosen chamber's texts and the comparison of settings.
 #include <gtest/gtest.h>
 
-#include "fakes/Instrument.h"
+#include "fakes/InstrumentFakes.h"
 #include "ionchamber/ChamberFile.h"
 
 namespace rx9400 {

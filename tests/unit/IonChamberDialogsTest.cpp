@@ -2,7 +2,7 @@
 // editor's key filters, checks and additions, and the deletion dialog's ticks.
 #include <gtest/gtest.h>
 
-#include "fakes/Instrument.h"
+#include "fakes/InstrumentFakes.h"
 #include "ionchamber/EditIonChamberDialog.h"
 
 namespace rx9400 {

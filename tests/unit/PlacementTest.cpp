@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "core/Placement.h"
-#include "fakes/TestPlatform.h"
+#include "fakes/PlatformFakes.h"
 
 namespace rx9400 {
 namespace {

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "../../sim/SessionFormat.h"
-#include "fakes/Instrument.h"
+#include "fakes/InstrumentFakes.h"
 
 namespace rx9400 {
 namespace {

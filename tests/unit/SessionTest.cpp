@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "fakes/Simulator.h"
-#include "fakes/TestPlatform.h"
+#include "fakes/PlatformFakes.h"
+#include "fakes/SimulatorFakes.h"
 #include "session/QuerySession.h"
 
 namespace rx9400 {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "fakes/Instrument.h"
+#include "fakes/InstrumentFakes.h"
 
 namespace rx9400 {
 namespace {

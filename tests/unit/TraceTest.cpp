@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "core/Trace.h"
-#include "fakes/TestPlatform.h"
+#include "fakes/PlatformFakes.h"
 
 namespace rx9400 {
 namespace {

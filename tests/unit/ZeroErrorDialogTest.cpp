@@ -2,7 +2,7 @@
 // at the slot whose detector reports the zero error.
 #include <gtest/gtest.h>
 
-#include "fakes/Instrument.h"
+#include "fakes/InstrumentFakes.h"
 #include "session/ZeroErrorDialog.h"
 
 namespace rx9400 {

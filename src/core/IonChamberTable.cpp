@@ -1,11 +1,14 @@
 // The dosimeter's ion chambers and cal factors.
-#include "ionchamber/IonChamberTable.h"
+#include "core/IonChamberTable.h"
 
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include "core/CatalogueLiterals.h"
+#include "core/NumberText.h"
+#include "core/PluginContext.h"
 #include "core/Text.h"
 
 namespace rx9400 {
@@ -21,6 +24,20 @@ std::string_view unitLiteral(std::int32_t unitCode) {
     default:
       return catalogue::kUnitRCSpaced;
   }
+}
+
+std::string calConstantLabel(PluginContext& context, const CalFactor& calFactor) {
+  return scientificText(calFactor.calConstant, context.catalogue.text(catalogue::kExponentLetter),
+                        context.services.locale.decimalSeparator()) +
+         context.catalogue.text(unitLiteral(calFactor.unitCode));
+}
+
+std::span<CalFactor> usedCalFactors(IonChamber& chamber) {
+  return {chamber.calFactors, std::min<std::size_t>(chamber.calFactorCount, kMaxCalFactors)};
+}
+
+std::span<const CalFactor> usedCalFactors(const IonChamber& chamber) {
+  return {chamber.calFactors, std::min<std::size_t>(chamber.calFactorCount, kMaxCalFactors)};
 }
 
 std::string nameOf(const IonChamber& chamber) {
@@ -58,11 +75,22 @@ const IonChamber& IonChamberTable::at(std::size_t index) const {
 }
 
 CalFactor& IonChamberTable::calFactorAt(std::size_t chamber, std::size_t slot) {
-  IonChamber& record = at(chamber);
-  if (slot >= std::min<std::size_t>(record.calFactorCount, kMaxCalFactors)) {
-    throw std::out_of_range("no cal factor in this slot");
+  return const_cast<CalFactor&>(std::as_const(*this).calFactorAt(chamber, slot));
+}
+
+const CalFactor& IonChamberTable::calFactorAt(std::size_t chamber, std::size_t slot) const {
+  const auto used = usedCalFactors(at(chamber));
+  if (slot >= used.size()) throw std::out_of_range("no cal factor in this slot");
+  return used[slot];
+}
+
+std::string IonChamberTable::calConstantText(PluginContext& context, int chamber, int slot) const {
+  if (chamber < 0 || slot < 0 || static_cast<std::size_t>(chamber) >= size() ||
+      static_cast<std::size_t>(slot) >= usedCalFactors(records[static_cast<std::size_t>(chamber)]).size()) {
+    return {};
   }
-  return record.calFactors[slot];
+  return calConstantLabel(context,
+                          calFactorAt(static_cast<std::size_t>(chamber), static_cast<std::size_t>(slot)));
 }
 
 std::optional<std::size_t> IonChamberTable::indexOfNumber(std::int16_t number) const {
@@ -81,10 +109,9 @@ bool IonChamberTable::chamberNameTaken(std::string_view name, std::optional<std:
 
 bool IonChamberTable::calFactorNameTaken(std::size_t chamber, std::string_view name,
                                          std::optional<std::size_t> except) const {
-  const IonChamber& record = at(chamber);
-  const std::size_t used = std::min<std::size_t>(record.calFactorCount, kMaxCalFactors);
-  for (std::size_t slot = 0; slot < used; ++slot) {
-    if (slot != except && nameOf(record.calFactors[slot]) == name) return true;
+  const auto used = usedCalFactors(at(chamber));
+  for (std::size_t slot = 0; slot < used.size(); ++slot) {
+    if (slot != except && nameOf(used[slot]) == name) return true;
   }
   return false;
 }
@@ -116,8 +143,8 @@ void IonChamberTable::removeMarked() {
     if (records[i].mark == 1) continue;
     IonChamber chamber = records[i];
     std::size_t used = 0;
-    for (std::size_t slot = 0; slot < std::min<std::size_t>(chamber.calFactorCount, kMaxCalFactors); ++slot) {
-      if (chamber.calFactors[slot].mark != 1) chamber.calFactors[used++] = chamber.calFactors[slot];
+    for (const CalFactor& calFactor : usedCalFactors(records[i])) {
+      if (calFactor.mark != 1) chamber.calFactors[used++] = calFactor;
     }
     std::fill(std::begin(chamber.calFactors) + used, std::end(chamber.calFactors), CalFactor{});
     chamber.calFactorCount = static_cast<std::uint8_t>(used);

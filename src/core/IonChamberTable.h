@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,8 @@
 #include "device/EnumsStructs.h"
 
 namespace rx9400 {
+
+struct PluginContext;
 
 /// Runs one step of a dialog handler; a failing step (an index outside the table, a failing library
 /// call) is skipped and the handler goes on with the next one.
@@ -31,6 +34,14 @@ void skipOnFailure(Step&& step) noexcept {
 /// The catalogue literal of a cal constant's unit by its unit code, with its leading blank; any code
 /// outside 1 to 4 gives the R/C text.
 std::string_view unitLiteral(std::int32_t unitCode);
+
+/// A cal constant as the dialogs and the instrument show it: scientific text with the catalogue's
+/// exponent letter, then the unit text by unit code.
+std::string calConstantLabel(PluginContext& context, const CalFactor& calFactor);
+
+/// The chamber's cal factors in use: its count of them, at most ten.
+std::span<CalFactor> usedCalFactors(IonChamber& chamber);
+std::span<const CalFactor> usedCalFactors(const IonChamber& chamber);
 
 /// The text of a chamber's or a cal factor's fixed-length name.
 std::string nameOf(const IonChamber& chamber);
@@ -56,6 +67,9 @@ struct IonChamberTable {
   const IonChamber& at(std::size_t index) const;
   /// The cal factor at a slot below the chamber's count; throws std::out_of_range otherwise.
   CalFactor& calFactorAt(std::size_t chamber, std::size_t slot);
+  const CalFactor& calFactorAt(std::size_t chamber, std::size_t slot) const;
+  /// The cal constant's label of a chamber's cal factor; empty when there is no such cal factor.
+  std::string calConstantText(PluginContext& context, int chamber, int slot) const;
   /// The index of the chamber with this number, if one of the chambers in use has it.
   std::optional<std::size_t> indexOfNumber(std::int16_t number) const;
 

@@ -10,8 +10,8 @@
 
 #include "core/InstrumentEvents.h"
 #include "core/PluginContext.h"
-#include "fakes/Simulator.h"
-#include "fakes/TestPlatform.h"
+#include "fakes/PlatformFakes.h"
+#include "fakes/SimulatorFakes.h"
 #include "instrument/Instrument.h"
 
 namespace rx9400::testing {
