@@ -132,6 +132,7 @@ TEST(ChamberFile, KeepsWhatParsesAndNamesWhatItDropped) {
       {"1\t7\tIC\t1\t3x\tCF\t2\t1.5 mGy\t", {{7, 1}}, 2},        // read up to what is no number
       {"1\t7\tABCDEFGHIJKLMNOPQ\t0\t", {{7, 0}}, 1},             // a name longer than 15 bytes
       {"1\t7\tI\x01\xE9\t0\t", {{7, 0}}, 1},                     // bytes outside ASCII
+      {"1\t7\tI\x7F\t0\t", {{7, 0}}, 1},                         // DEL is no name byte
       {"1\t7\tIC\t0\textra\t", {{7, 0}}, 1},                     // fields after the last chamber
   };
   for (const auto& c : cases) {

@@ -213,7 +213,7 @@ TEST(EditorKeys, EachFieldTakesOnlyItsCharacters) {
       {F::Mantissa, "1234567", 0, 7, '\b', true},   {F::Exponent, "12", 2, 0, '3', false},
       {F::Exponent, "-12", 3, 0, '3', false},       {F::Exponent, "12", 0, 0, '-', true},
       {F::Exponent, "1", 1, 0, '-', false},         {F::Exponent, "12", 1, 1, '4', true},
-      {F::Exponent, "1", 1, 0, '.', false},
+      {F::Exponent, "1", 1, 0, '.', false},         {F::CalFactorName, "", 0, 0, '.', true},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(editorAcceptsKey(c.field, c.text, c.selStart, c.selLength, c.key), c.accepted)
@@ -293,12 +293,12 @@ TEST_F(IonChamberDialogs, AdditionsStoreOnlyWhatTheDosimeterAccepted) {
   start(1, 1);
   typeInEditor("New", true, {"IC1", "CF1", "2", "3"});
   EXPECT_EQ(boxTexts(), Fields{"Cal Factor name already exists, please enter different name."});
-  typeInEditor("New", true, {"ignored", "CF2", "2", "3"});
+  typeInEditor("New", true, {"New", "CF2", "2", "3"});
   EXPECT_EQ(boxTexts().back(), "New Cal Factor is added successfully.");
   EXPECT_EQ(rig.platform.boxes.shown.back().style, kBoxOk);
   EXPECT_EQ(table().at(0).calFactorCount, 2);
   EXPECT_EQ(editor().heading, "New CF");
-  EXPECT_EQ(editor().fields[EditorField::IonChamberName], "ignored") << "the chamber name is not checked";
+  EXPECT_EQ(editor().fields[EditorField::IonChamberName], "New") << "the chamber name is not checked";
 }
 
 TEST_F(IonChamberDialogs, AnEditLooksTheExponentLetterUpAndTheChamberNameFieldIsSkippedForANewCalFactor) {

@@ -176,6 +176,8 @@ TEST_F(Session, ConnectRefusalsKeepTheDialogOpenAndConnectNothing) {
        "The selected detector does not support RX9400.", "Tamsa RX9400 Plug-In Response"},
       {"self test failed", scenario(failedSelfTest), 0, tickAndConnect({"AIO+MAS"}),
        "RX 9400WD mAs  detector self test failed. Please select different detector.", "Self Test Error"},
+      {"an mAs meter was asked for", scenario(failedSelfTest), 2, tickAndConnect({"AIO+MAS"}),
+       "RX 9400WD mAs  detector self test failed. Please select different detector.", "Self Test Error"},
       {"the library refuses", scenario(kAio, R"({"pollsUntilComplete": 1})", R"({"connectFails": true})"), 0,
        tickAndConnect({"AIO"}), "Unable to connect the detector. Please try again.", "Connection Error"},
   };

@@ -74,12 +74,18 @@ TEST_F(Supervision, AnIdleDetectorSleepsThenShutsDownAndLeavesTheTable) {
 }
 
 TEST_F(Supervision, AnIdleTimeOutOfTheLongRangeEndsTheCallWithTheResultReached) {
-  startIdle(detector(101));
-  platform.clock.now = 0x7FFFFF00U;
-  instrument->InitTimer();
-  platform.clock.now = 0x80000100U;  // read as a Long: below zero
-  EXPECT_TRUE(instrument->CheckDetectorPowerStatus(0, 0));
-  EXPECT_TRUE(powerModes().empty());
+  // The clock read as Longs: an idle time below the Long range, then one above it (the clock wrapped).
+  const struct {
+    std::uint32_t then, now;
+  } cases[] = {{0x7FFFFF00U, 0x80000100U}, {0x80000000U, 0x00000001U}};
+  for (const auto& c : cases) {
+    startIdle(detector(101));
+    platform.clock.now = c.then;
+    instrument->InitTimer();
+    platform.clock.now = c.now;
+    EXPECT_TRUE(instrument->CheckDetectorPowerStatus(-2147483647, -2147483647)) << c.then;
+    EXPECT_TRUE(powerModes().empty()) << c.then;
+  }
 }
 
 TEST_F(Supervision, WakeUpAndCancelAnswerTheSleepBox) {
@@ -115,6 +121,8 @@ TEST_F(Supervision, WakeUpAndCancelAnswerTheSleepBox) {
   EXPECT_EQ(powerModes(), (std::vector<std::string>{"MBSetPowerMode(101, 2)", "MBSetPowerMode(102, 2)"}));
   wakeUp();  // the box is gone: a late click does nothing
   EXPECT_EQ(powerModes().size(), 2U);
+  instrument->CheckDetectorPowerStatus(5000, 90000);
+  EXPECT_EQ(powerModes().size(), 2U) << "the Wake Up button is the new last activity";
 }
 
 TEST_F(Supervision, EachWarningComesOncePerEpisodeAndALostLinkEmptiesTheSlot) {
@@ -153,6 +161,7 @@ TEST_F(Supervision, EachWarningComesOncePerEpisodeAndALostLinkEmptiesTheSlot) {
   }
   EXPECT_EQ(platform.notices.boxes.back()->heading, "Connection lost with the detector : 9101");
   EXPECT_FALSE(instrument->pMeasurementStatus());
+  EXPECT_EQ(context->state.identifierAt(0), 0) << "the lost detector leaves the table";
 }
 
 TEST_F(Supervision, TheLastSlotDecidesAndTheBeepsFollowTheLevel) {

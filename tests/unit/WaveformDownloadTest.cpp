@@ -49,6 +49,7 @@ TEST_F(Waveforms, TheRangeBecomesStartPointsAndStepAndTheResolutionFollowsTheTim
       {1000, "RADIO", false, 0, 1000, 1000, "{0,1000,1}", 1.0F},        // span equal to the points
       {1000, "RADIO", false, 2.5F, 1000, 5000, "{2,998,1}", 0.998F},    // halves go to the even neighbour
       {1000, "RADIO", false, -500, 1000, 5000, "{-500,1000,1}", 1.0F},  // more than recorded: capped
+      {1000, "RADIO", false, 100, 500, 5000, "{200,800,1}", 1.6F},      // the start counted in points
       {1000, "RADIO", false, 600, 500, 300, "", 0},                     // rMin above rMax: nothing, no box
       {1000, "FLUORO", false, 0, 0.5F, 300, "{0,250,4}", 0.5F},         // FLUORO: seconds into milliseconds
       {1000, "RADIO", true, 0, 0.5F, 300, "{0,250,4}", 500000.0F},  // not FLUORO: milliseconds into seconds
@@ -57,6 +58,7 @@ TEST_F(Waveforms, TheRangeBecomesStartPointsAndStepAndTheResolutionFollowsTheTim
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.mode) + " " + std::to_string(c.rMin) + ".." + std::to_string(c.rMax));
     start(aio(101, points(c.total)), c.mode);
+    platform.clock.now += 10000;
     const std::string text = c.inSeconds ? instrument->GetWaveformInSecs(c.rMin, c.rMax, c.ldataPoints, 1)
                                          : instrument->GetWaveformInMilliSec(c.rMin, c.rMax, c.ldataPoints);
     EXPECT_TRUE(platform.boxes.shown.empty());
@@ -64,6 +66,8 @@ TEST_F(Waveforms, TheRangeBecomesStartPointsAndStepAndTheResolutionFollowsTheTim
     EXPECT_EQ(text.empty(), *c.parameters == '\0');
     const std::vector<std::string> asked = callsOf("MBSetWaveformParameters");
     ASSERT_EQ(asked.size(), *c.parameters == '\0' ? 0U : 1U);
+    instrument->CheckDetectorPowerStatus(5000, 900000);
+    EXPECT_EQ(callsOf("MBSetPowerMode").empty(), !asked.empty()) << "a download is activity, not sleep";
     if (asked.empty()) continue;
     EXPECT_EQ(asked[0], "MBSetWaveformParameters(101, " + std::string(c.parameters) + ", 0)");
     EXPECT_EQ(values(text), static_cast<std::size_t>(std::stoi(asked[0].substr(asked[0].find(',', 28) + 1))));
@@ -145,13 +149,21 @@ TEST_F(Waveforms, GetWaveformInSecsTracesTheParametersOfTheSlotTwice) {
 TEST_F(Waveforms, TheMasWaveformComesInBlocksOf26EachValueAfterAComma) {
   const struct {
     int points;
+    bool inputOne;  // SetMasInputtype: False doubles every sample
     int blocks, step;
     const char* lastRead;
+    const char* head;  // the text's beginning
   } cases[] = {
-      {26, 1, 1, "(102, 0, 1, 26"}, {27, 1, 1, "(102, 26, 1, 1"}, {30001, 576, 2, "(102, 29952, 2, 24"}};
+      {26, true, 1, 1, "(102, 0, 1, 26", ",99.9999084472656,"},
+      {26, false, 1, 1, "(102, 0, 1, 26", ",199.999816894531,"},
+      {27, true, 1, 1, "(102, 26, 1, 1", ","},
+      {30000, true, 1153, 1, "(102, 29978, 1, 22", ","},
+      {30001, true, 576, 2, "(102, 29952, 2, 24", ","},
+  };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.points);
     start(mas(102, c.points, 200));
+    instrument->SetMasInputtype(c.inputOne);
     const int pumped = platform.pump.pumps;
     const std::string text = instrument->GetWaveformInSecs(0, 10, 100, 2);
     const std::vector<std::string> reads = callsOf("MBGetmAsWaveFormDataPoints");
@@ -159,7 +171,7 @@ TEST_F(Waveforms, TheMasWaveformComesInBlocksOf26EachValueAfterAComma) {
     EXPECT_EQ(reads.back().rfind("MBGetmAsWaveFormDataPoints" + std::string(c.lastRead), 0), 0U)
         << reads.back();
     EXPECT_EQ(platform.pump.pumps - pumped, c.blocks);
-    EXPECT_EQ(text[0], ',');
+    EXPECT_EQ(text.rfind(c.head, 0), 0U) << text.substr(0, 40);
     EXPECT_EQ(values(text) - 1, static_cast<std::size_t>(c.points / c.step));
     EXPECT_NEAR(instrument->pResolution(), static_cast<float>(c.points / c.step) / 200, 1e-4);
   }
