@@ -176,7 +176,8 @@ class Instrument {
   /// Shows the warning's box, then sets its mark.
   void giveAlert(Alert alert, std::size_t slot, std::int32_t id, int lowBatteryBeep);
   void showSleepNotice();
-  void wakeEveryDetector();
+  /// Wakes every connected detector; with STAMPEACH each wake counts as activity at once.
+  void wakeEveryDetector(bool stampEach);
   // The notice boxes: one general box and one sleep box on screen at a time. A failing call of a box's
   // component ends the member that made it.
   void closeSleepNotice(std::size_t slot);

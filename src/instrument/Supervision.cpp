@@ -175,26 +175,20 @@ void Instrument::showSleepNotice() {
   sleepBox_->show();
 }
 
-void Instrument::wakeEveryDetector() {
+void Instrument::wakeEveryDetector(bool stampEach) {
   SharedState& state = context_.state;
   for (std::size_t slot = 0; slot < state.slotCount(); ++slot) {
     const std::int32_t id = state.identifierAt(slot);
     if (id <= 0) continue;
     state.alerts[slot].sleeping = kVBFalse;
     context_.library.MBSetPowerMode(id, kPowerWake);
+    if (stampEach) lastActivity_ = context_.services.clock.milliseconds();
   }
 }
 
 void Instrument::DetectorWakeUp() {
   try {
-    SharedState& state = context_.state;
-    for (std::size_t slot = 0; slot < state.slotCount(); ++slot) {
-      const std::int32_t id = state.identifierAt(slot);
-      if (id <= 0) continue;
-      state.alerts[slot].sleeping = kVBFalse;
-      context_.library.MBSetPowerMode(id, kPowerWake);
-      lastActivity_ = context_.services.clock.milliseconds();
-    }
+    wakeEveryDetector(true);
   } catch (...) {
   }
 }
@@ -204,7 +198,7 @@ void Instrument::mDisplaySleepMessage_ButtonClick(bool wakeUp) {
     if (sleepBox_ == nullptr) return;
     close(sleepBox_);
     if (wakeUp) {
-      wakeEveryDetector();
+      wakeEveryDetector(false);
       lastActivity_ = context_.services.clock.milliseconds();
     } else {
       events_.AddWakeUpButton(true);
