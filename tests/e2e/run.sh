@@ -102,7 +102,7 @@ host() {
     run_wine 180 "$bin/rx9400-testhost.exe" "--scenarios=$(windows_path tests/e2e/scenarios)" \
     "--artifacts=$(windows_path "$artifacts")" --limit=120 "$@"
 }
-host "" classes msgform-sleep
+host "" classes msgform-sleep msgform-gone
 host tests/e2e/scenarios/session.json scan-connect
 host "" connect-refusal
 # The downloads set the user's decimal separator and put it back; a host that ended early would leave

@@ -1,6 +1,7 @@
 // The MsgForm server (tools/msgform) as only Windows shows it: registered by its own switch, the
 // plug-in's sleep notice on a form of MsgForm.exe, another process, its Wake Up pressed by automation
-// arriving at the plug-in as the form's event. Which box the supervision opens when is tested natively.
+// arriving at the plug-in as the form's event; a server gone while its form is shown ending the member
+// that closes the form. Which box the supervision opens when is tested natively.
 #include <windows.h>
 
 #include <oleauto.h>
@@ -93,12 +94,39 @@ void checkSleepNotice(const Options& options) {
   expectHr(session.query->CloseApp(), S_OK, "CloseApp");
 }
 
+/// MsgForm.exe ended while its sleep notice is shown: the member that closes the notice (the shutdown
+/// of an idle detector) ends there, with the detector neither shut down nor taken out of the table.
+void checkServerGone(const Options& options) {
+  const Registration registration;
+  Session session = openSession(options, L"exposure-aio.json");
+  connectAll(session);
+  auto instrument = createByProgId<_CRX9400VTI>(kInstrumentProgId, IID__CRX9400VTI);
+  expectHr(instrument->InitTimer(), S_OK, "InitTimer");
+  VARIANT_BOOL result = VARIANT_FALSE;
+  expectHr(instrument->CheckDetectorPowerStatus(0, 100000, &result), S_OK, "CheckDetectorPowerStatus");
+  const DWORD server = waitForProcess(kServerFile, kStepMs);
+  formOf(server, L"Detector Sleep");
+  HANDLE process = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, server);
+  expect(process != nullptr && TerminateProcess(process, 1) != 0, "MsgForm.exe cannot be ended");
+  WaitForSingleObject(process, kStepMs);
+  CloseHandle(process);
+  result = VARIANT_FALSE;
+  driveModal([] {}, [&] { return instrument->CheckDetectorPowerStatus(0, 0, &result); },
+             "CheckDetectorPowerStatus");
+  const std::vector<std::string> modes = calls(session.simulator, "MBSetPowerMode");
+  expect(result == VARIANT_TRUE && !modes.empty() && modes.back() == "501, 1" && session.connected(),
+         "the member went on past the failed close: " + joined(modes));
+  expectHr(session.query->CloseApp(), S_OK, "CloseApp");
+}
+
 }  // namespace
 
 std::vector<Check> msgFormChecks() {
   return {
       {"msgform-sleep", "the sleep notice on a form of MsgForm.exe, its Wake Up reaching the plug-in",
        checkSleepNotice},
+      {"msgform-gone", "MsgForm.exe gone while its form is shown: the member closing the form ends there",
+       checkServerGone},
   };
 }
 
