@@ -66,57 +66,59 @@ HWND formOf(DWORD process, const wchar_t* caption) {
   return form;
 }
 
-/// The sleep notice on a MsgForm form in MsgForm.exe: its texts, and Wake Up pressed by automation
-/// reaching the plug-in across the processes (the detector woken, the form closed).
+/// An all-in-one detector idle since InitTimer, its sleep notice shown on a form of MsgForm.exe.
+struct SleepNoticeOnServer {
+  Registration registration;
+  Session session;
+  ComPtr<_CRX9400VTI> instrument = createByProgId<_CRX9400VTI>(kInstrumentProgId, IID__CRX9400VTI);
+  DWORD server = 0;
+  HWND notice = nullptr;
+
+  explicit SleepNoticeOnServer(const Options& options) : session(openSession(options, L"exposure-aio.json")) {
+    connectAll(session);
+    expectHr(instrument->InitTimer(), S_OK, "InitTimer");  // idle from now: asleep, not shut down
+    VARIANT_BOOL result = VARIANT_FALSE;
+    expectHr(instrument->CheckDetectorPowerStatus(0, 100000, &result), S_OK, "CheckDetectorPowerStatus");
+    server = waitForProcess(kServerFile, kStepMs);
+    expect(server != 0 && server != GetCurrentProcessId(), "no MsgForm.exe serves the notice");
+    notice = formOf(server, L"Detector Sleep");
+  }
+};
+
+/// The sleep notice's texts, and Wake Up pressed by automation reaching the plug-in across the
+/// processes (the detector woken, the form closed).
 void checkSleepNotice(const Options& options) {
-  const Registration registration;
-  Session session = openSession(options, L"exposure-aio.json");
-  connectAll(session);
-  auto instrument = createByProgId<_CRX9400VTI>(kInstrumentProgId, IID__CRX9400VTI);
-  expectHr(instrument->InitTimer(), S_OK, "InitTimer");  // idle from now: asleep, not shut down
-  VARIANT_BOOL result = VARIANT_FALSE;
-  expectHr(instrument->CheckDetectorPowerStatus(0, 100000, &result), S_OK, "CheckDetectorPowerStatus");
-  const DWORD server = waitForProcess(kServerFile, kStepMs);
-  expect(server != 0 && server != GetCurrentProcessId(), "no MsgForm.exe serves the notice");
-  HWND notice = formOf(server, L"Detector Sleep");
-  std::vector<std::wstring> texts = staticTexts(notice);
-  for (const std::wstring& button : buttonTexts(notice)) texts.push_back(button);
+  SleepNoticeOnServer on(options);
+  std::vector<std::wstring> texts = staticTexts(on.notice);
+  for (const std::wstring& button : buttonTexts(on.notice)) texts.push_back(button);
   expect(texts.size() == 4 && texts[2] == L"Wake Up" && texts[3] == L"Cancel",
          "the form shows " + quoted(texts.empty() ? L"nothing" : texts[0]) + " ...");
-  savePicture(notice, options.artifacts, "msgform-sleep");
-  expect(clickButton(notice, L"Wake Up"), "Wake Up cannot be pressed");
+  savePicture(on.notice, options.artifacts, "msgform-sleep");
+  expect(clickButton(on.notice, L"Wake Up"), "Wake Up cannot be pressed");
   expect(pumpUntil(kStepMs,
                    [&] {
-                     const std::vector<std::string> modes = calls(session.simulator, "MBSetPowerMode");
-                     return !modes.empty() && modes.back() == "501, 2" && !IsWindowVisible(notice);
+                     const std::vector<std::string> modes = calls(on.session.simulator, "MBSetPowerMode");
+                     return !modes.empty() && modes.back() == "501, 2" && !IsWindowVisible(on.notice);
                    }),
          "Wake Up did not wake the detector (MBSetPowerMode(501, 2)) and close the form");
-  expectHr(session.query->CloseApp(), S_OK, "CloseApp");
+  expectHr(on.session.query->CloseApp(), S_OK, "CloseApp");
 }
 
 /// MsgForm.exe ended while its sleep notice is shown: the member that closes the notice (the shutdown
 /// of an idle detector) ends there, with the detector neither shut down nor taken out of the table.
 void checkServerGone(const Options& options) {
-  const Registration registration;
-  Session session = openSession(options, L"exposure-aio.json");
-  connectAll(session);
-  auto instrument = createByProgId<_CRX9400VTI>(kInstrumentProgId, IID__CRX9400VTI);
-  expectHr(instrument->InitTimer(), S_OK, "InitTimer");
-  VARIANT_BOOL result = VARIANT_FALSE;
-  expectHr(instrument->CheckDetectorPowerStatus(0, 100000, &result), S_OK, "CheckDetectorPowerStatus");
-  const DWORD server = waitForProcess(kServerFile, kStepMs);
-  formOf(server, L"Detector Sleep");
-  HANDLE process = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, server);
+  SleepNoticeOnServer on(options);
+  HANDLE process = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, on.server);
   expect(process != nullptr && TerminateProcess(process, 1) != 0, "MsgForm.exe cannot be ended");
   WaitForSingleObject(process, kStepMs);
   CloseHandle(process);
-  result = VARIANT_FALSE;
-  driveModal([] {}, [&] { return instrument->CheckDetectorPowerStatus(0, 0, &result); },
+  VARIANT_BOOL result = VARIANT_FALSE;
+  driveModal([] {}, [&] { return on.instrument->CheckDetectorPowerStatus(0, 0, &result); },
              "CheckDetectorPowerStatus");
-  const std::vector<std::string> modes = calls(session.simulator, "MBSetPowerMode");
-  expect(result == VARIANT_TRUE && !modes.empty() && modes.back() == "501, 1" && session.connected(),
+  const std::vector<std::string> modes = calls(on.session.simulator, "MBSetPowerMode");
+  expect(result == VARIANT_TRUE && !modes.empty() && modes.back() == "501, 1" && on.session.connected(),
          "the member went on past the failed close: " + joined(modes));
-  expectHr(session.query->CloseApp(), S_OK, "CloseApp");
+  expectHr(on.session.query->CloseApp(), S_OK, "CloseApp");
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# The installer packages (scripts/package.sh) as a lab administrator deploys them. The x64 package runs
-# under Wine: installed silently, its registration compared with what regsvr32 writes, the classes
-# created by ProgID and every member called from the installed folder, the demo run there against the
+# The installer packages (scripts/package.sh) as a lab administrator deploys them: signed, with their
+# checksums. The x64 package runs under 64-bit Wine: installed silently, its registration compared with
+# what regsvr32 writes, every member called from the installed folder, the samples run there against the
 # optional simulator, upgraded by a newer package and removed again, leaving no file and no registry key
-# behind. The x86 package cannot run under 64-bit Wine: its tables are read with msiinfo.
+# behind. The x86 package is installed, used and removed under 32-bit Wine where that exists.
 # README.md in this folder describes each check. Ends with "install: N passed, M failed".
 set -uo pipefail
 cd "$(dirname "$0")/../../.."
@@ -102,16 +102,6 @@ checksums() {
   diff <(cd "$packages" && ls -1 -- *.msi) <(awk '{ print $2 }' "$packages/SHA256SUMS" | tr -d '*')
 }
 check "SHA256SUMS beside the packages lists every package with its checksum" checksums
-
-# The x86 package installs 32-bit components into the 32-bit Program Files, its type library under win32.
-thirty_two_bit() {
-  [[ $'\n'$(msiinfo suminfo "$x86") == *$'\nTemplate: Intel;'* ]] || { echo "not an Intel package"; return 1; }
-  [[ $'\n'$(table "$x86" Directory) == *$'\nINSTALLFOLDER\tProgramFilesFolder\t'* ]] ||
-    { echo "not in ProgramFilesFolder"; return 1; }
-  table "$x86" Component | awk -F'\t' 'int($4 / 256) % 2 { print "64-bit component: " $1; bad = 1 } END { exit bad }' || return 1
-  table "$x64" Component | awk -F'\t' '!(int($4 / 256) % 2) { print "32-bit component in x64: " $1; bad = 1 } END { exit bad }'
-}
-check "the x86 package is 32-bit (Intel, ProgramFilesFolder, no 64-bit component); the x64 package 64-bit" thirty_two_bit
 
 # The Registry rows of a package as "[KEY] NAME=DATA" lines of the registry (a per-machine install writes
 # HKCR rows under HKLM\Software\Classes), the paths of the plug-in and of MsgForm.exe as <plugin>, <msgform>.
@@ -220,7 +210,6 @@ check "the installed binaries carry the signature" installed_signed
 registry_snapshot "$artifacts/registry-installed.txt"
 check "the install writes exactly the package's Registry rows" \
   rows_are_registration "$artifacts/registry-installed.txt" "$installed_windows"
-check_lines "rx9400-testhost classes (installed)" run_wine 60 "$bin/rx9400-testhost.exe" --limit=30 classes
 
 check "msiexec /i ADDLOCAL=Simulator adds the simulator feature" \
   msiexec_logged simulator.log /i "$(windows_path "$x64")" ADDLOCAL=Simulator
@@ -245,18 +234,6 @@ members_installed() {
 check "VBScript calls all members from the installed folder without a COM error (the simulator apart is not used)" \
   members_installed
 
-# The installed demo against the installed simulator (--library-folder), its dialogs picked by
-# rx9400-automate from another process.
-demo_installed() {
-  local output
-  output=$(DEMO_EXE="$installed_windows\\rx9400-demo.exe" run_demo_connected 64 "$artifacts" \
-    --library-folder "\"$installed_windows\\Simulator\"")
-  printf '%s\n' "$output"
-  for wanted in 'kVp average *80.3' 'Dose per mAs *0.0617' 'kV .*: 3000 values over 100 ms' 'ended with exit code 0'; do
-    grep -q "$wanted" <<<"$output" || { echo "missing: $wanted"; return 1; }
-  done
-}
-check "the installed demo measures every kind of detector with the installed simulator" demo_installed
 # The samples from the installed folder, in the installed script host against the installed simulator.
 check_lines "the samples from the installed folder" bash tests/e2e/samples/run.sh 64 --installed "$installed"
 
@@ -309,7 +286,7 @@ if wine32_available; then
   removed32() { msiexec32 remove-x86.log /x "$(windows_path "$x86")" && [ ! -e "$installed32" ]; }
   check "the 32-bit msiexec removes the x86 package and its folder" removed32
 else
-  echo "32-bit Wine is missing: the x86 package is checked by its tables only"
+  echo "32-bit Wine is missing: the x86 package is checked by its files, signatures and Registry rows only"
 fi
 
 finish install
