@@ -119,13 +119,6 @@ TEST_F(Polling, TextsFollowTheModeTheUnitsTheSeparatorAndEachValuesStatus) {
   }
 }
 
-TEST_F(Polling, AnEmptyOnlySlotRaisesNothing) {
-  start(detector(101, 1, R"("exposures": [{"kind": "radio"}])"));
-  context->state.resetDetectors();
-  for (int pass = 0; pass < 10; ++pass) EXPECT_FALSE(instrument->CheckDataStatus());
-  EXPECT_TRUE(events.events.empty());
-}
-
 TEST_F(Polling, TheMasMeterGivesDosePerMasOnlyBesideAValidDoseAndMas) {
   const struct {
     int kind;
