@@ -158,6 +158,8 @@ TEST(DosimeterConfiguration, ComparedSettingsAreKeptOrWrittenAsTheUserChooses) {
   wanted.rSetTemperature = 22.5F;
   wanted.lDoseUnit = 2;
   const CompareData every{2, 1, 1, 25.5F, 700.0F, 22, 3, 0, 2, 4, 30, 3, 4, 1.5F, -0.5F};
+  const std::vector<std::string> everyWrite{"MBSetADCF", "MBSetDosimeterMode", "MBSetDosimeterUnit",
+                                            "MBSetTempPressureOffset"};
   const struct {
     CompareData values;
     int answer;
@@ -168,11 +170,7 @@ TEST(DosimeterConfiguration, ComparedSettingsAreKeptOrWrittenAsTheUserChooses) {
       {stored, kAnswerOk, false, {}, stored},
       {wanted, kAnswerOk, true, {"MBSetADCF", "MBSetDosimeterUnit"}, wanted},
       {wanted, kAnswerCancel, true, {}, stored},
-      {every,
-       kAnswerOk,
-       true,
-       {"MBSetADCF", "MBSetDosimeterMode", "MBSetDosimeterUnit", "MBSetTempPressureOffset"},
-       every},
+      {every, kAnswerOk, true, everyWrite, every},
   };
   for (const auto& c : cases) {
     InstrumentRig rig;

@@ -127,8 +127,8 @@ TEST_F(Session, NoDetectorFoundSaysSoWithIndentedSuggestions) {
   EXPECT_EQ(
       platform.boxes.shown[0].text,
       "No Detector Found\n     1) Please turn on the detector.\n     2) Bring the detector within range.");
-  EXPECT_EQ(platform.boxes.shown[0].caption, "No Detector Found");
-  EXPECT_EQ(platform.boxes.shown[0].style, kBoxCritical);
+  EXPECT_EQ(std::tuple(platform.boxes.shown[0].caption, platform.boxes.shown[0].style),
+            std::tuple(std::string("No Detector Found"), kBoxCritical));
 }
 
 TEST_F(Session, ConnectingFillsTheTableKindByKindBeepsTwiceAndUpdatesTheBattery) {
@@ -158,31 +158,27 @@ TEST_F(Session, ConnectingFillsTheTableKindByKindBeepsTwiceAndUpdatesTheBattery)
 }
 
 TEST_F(Session, ConnectRefusalsKeepTheDialogOpenAndConnectNothing) {
-  struct Case {
-    const char* name;
+  const std::string plugIn = "Tamsa RX9400 Plug-In Response", selfTestError = "Self Test Error",
+                    selfTest = "RX 9400WD mAs  detector self test failed. Please select different detector.",
+                    failedSelfTest = scenario(R"({"identifier": 101, "typeCode": 4, "selfTestResult": 1})");
+  const struct {
     std::string scenarioJson;
     std::int32_t requestedType;
     ScriptedConnectView::Script script;
-    std::string text;
-    std::string caption;
-  };
-  const std::string failedSelfTest = R"({"identifier": 101, "typeCode": 4, "selfTestResult": 1})";
-  const Case cases[] = {
-      {"nothing ticked", scenario(kAio), 0, tickAndConnect({}),
-       "No detector selected, please select a detector to proceed.", "Select Detector"},
-      {"a dosimeter was asked for", scenario(kAio), 3, tickAndConnect({"AIO"}),
-       "The selected detector does not support Kalmet.", "Tamsa RX9400 Plug-In Response"},
-      {"an all-in-one detector was asked for", scenario(kDose), 1, tickAndConnect({"DOSE"}),
-       "The selected detector does not support RX9400.", "Tamsa RX9400 Plug-In Response"},
-      {"self test failed", scenario(failedSelfTest), 0, tickAndConnect({"AIO+MAS"}),
-       "RX 9400WD mAs  detector self test failed. Please select different detector.", "Self Test Error"},
-      {"an mAs meter was asked for", scenario(failedSelfTest), 2, tickAndConnect({"AIO+MAS"}),
-       "RX 9400WD mAs  detector self test failed. Please select different detector.", "Self Test Error"},
-      {"the library refuses", scenario(kAio, R"({"pollsUntilComplete": 1})", R"({"connectFails": true})"), 0,
+    std::string text, caption;
+  } cases[] = {
+      {scenario(kAio), 0, tickAndConnect({}), "No detector selected, please select a detector to proceed.",
+       "Select Detector"},
+      {scenario(kAio), 3, tickAndConnect({"AIO"}), "The selected detector does not support Kalmet.", plugIn},
+      {scenario(kDose), 1, tickAndConnect({"DOSE"}), "The selected detector does not support RX9400.",
+       plugIn},
+      {failedSelfTest, 0, tickAndConnect({"AIO+MAS"}), selfTest, selfTestError},
+      {failedSelfTest, 2, tickAndConnect({"AIO+MAS"}), selfTest, selfTestError},  // an mAs meter asked for
+      {scenario(kAio, R"({"pollsUntilComplete": 1})", R"({"connectFails": true})"), 0,
        tickAndConnect({"AIO"}), "Unable to connect the detector. Please try again.", "Connection Error"},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text + " " + std::to_string(c.requestedType));
     platform = TestPlatform();
     start(c.scenarioJson);
     context->state.resetDetectors();
@@ -220,12 +216,10 @@ TEST_F(Session, TheChosenRowShowsDatesAndVersionsAndAnEmptyChoiceShowsNone) {
                      "calibrationDueDate": "2027-06-12", "firmwareVersion": [2, 14], "bootloaderVersion": [1, 3],
                      "boardVersion": [3, 1], "radioVersion": [1, 2]})"));
   platform.dialogs.connect->scripts.push_back([](ConnectDialog& dialog, ScriptedConnectView& view) {
-    const DetectorDetails first = view.details;
-    EXPECT_EQ(first.serialNumber, "1201");
-    EXPECT_EQ(first.calibrationDate, "Cal Date: 12/06/2025");
-    EXPECT_EQ(first.calibrationDueDate, "Cal Due Date: 12/06/2027");
-    EXPECT_EQ(first.softwareVersion, "SW Version: 2.14-1.3");
-    EXPECT_EQ(first.hardwareVersion, "HW Version: 3.1-1.2");
+    const DetectorDetails& d = view.details;
+    EXPECT_EQ(d.serialNumber + "|" + d.calibrationDate + "|" + d.calibrationDueDate + "|" +
+                  d.softwareVersion + "|" + d.hardwareVersion,
+              "1201|Cal Date: 12/06/2025|Cal Due Date: 12/06/2027|SW Version: 2.14-1.3|HW Version: 3.1-1.2");
     dialog.rowSelected(-1);
     EXPECT_EQ(view.details.serialNumber, "None");
     EXPECT_EQ(view.details.calibrationDate, "Cal Date: None");
