@@ -26,7 +26,9 @@ const std::string kDose = R"({"identifier": 303, "typeCode": 3, "serialNumber": 
 
 class Session : public ::testing::Test {
  protected:
+  /// A fresh platform and library with the scenario, and the query class registered.
   void start(const std::string& scenarioJson = {}) {
+    platform = TestPlatform();
     simulator = std::make_unique<Simulator>(scenarioJson);
     context = std::make_unique<PluginContext>(MBdllFunctions::forLibraryAt(RX9400_SIMULATOR_PATH),
                                               platform.services());
@@ -34,13 +36,13 @@ class Session : public ::testing::Test {
     session->RegisterApp();
   }
   int calls(const std::string& prefix) const { return simulator->callsStartingWith(prefix); }
-  /// The user ticks these kinds and presses Connect, then closes the dialog if it is still open.
-  static ScriptedConnectView::Script tickAndConnect(std::initializer_list<const char*> kindList) {
-    return [kinds = std::vector<std::string>(kindList.begin(), kindList.end())](ConnectDialog& dialog,
-                                                                                ScriptedConnectView& view) {
+  /// Scans; in the connect dialog the user ticks these kinds and presses Connect.
+  void connect(const std::vector<std::string>& kinds) {
+    platform.dialogs.connect->scripts.push_back([kinds](ConnectDialog& dialog, ScriptedConnectView& view) {
       view.tickKinds(kinds);
       dialog.connectClicked();
-    };
+    });
+    session->ScanAndConnectToDetector();
   }
 
   TestPlatform platform;
@@ -68,7 +70,6 @@ TEST_F(Session, ADosimeterOnlyScanCountsZeroZeroOneZeroZeroAndListsOnlyTheDosime
   EXPECT_EQ(platform.dialogs.connect->rows[0].serialNumber, "1305");
 
   start(scenario(kAio + "," + R"({"identifier": 102, "typeCode": 1})"));
-  platform.dialogs.connect->showings = 0;
   session->ScanAndConnectToDetector();
   EXPECT_EQ(platform.dialogs.connect->showings, 1) << "all-in-one detectors alone are listed too";
   EXPECT_EQ(platform.dialogs.connect->rows.size(), 2u);
@@ -78,30 +79,30 @@ TEST_F(Session, ADosimeterOnlyScanCountsZeroZeroOneZeroZeroAndListsOnlyTheDosime
 TEST_F(Session, TheScanDialogStartsTheScanOnceAndPollsWhileTheLibraryAnswersOne) {
   start(scenario(kAio, R"({"pollsUntilComplete": 3})"));
   session->scanAndCount();
-  const auto& scan = *platform.dialogs.scan;
+  const auto* scan = platform.dialogs.scan.get();
   EXPECT_EQ(calls("MBScanForDetectors("), 1);
   EXPECT_EQ(calls("MBGetScanCompleteStatus("), 4) << "three answers of 1, then done";
-  EXPECT_EQ(scan.ticks, 4);
-  EXPECT_EQ(scan.intervals, (std::vector<int>{1, 200}));
-  EXPECT_TRUE(scan.hidden());
-  EXPECT_EQ(scan.title(), "Scanning...");
-  EXPECT_EQ(scan.shownCaptions(), (std::vector<std::string>{"Scanning...", "Stop"}));
+  EXPECT_EQ(scan->ticks, 4);
+  EXPECT_EQ(scan->intervals, (std::vector<int>{1, 200}));
+  EXPECT_TRUE(scan->hidden());
+  EXPECT_EQ(scan->title(), "Scanning...");
+  EXPECT_EQ(scan->shownCaptions(), (std::vector<std::string>{"Scanning...", "Stop"}));
   EXPECT_GE(platform.pump.pumps, 5) << "once per tick and once after the dialog closed";
 
   platform.dialogs.scan->setTitle("22413::Scanning...");
   platform.dialogs.scan->captionsFail = true;
   session->scanAndCount();
-  EXPECT_EQ(scan.title(), "Scanning...") << "the title comes first, whatever the captions do";
+  EXPECT_EQ(scan->title(), "Scanning...") << "the title comes first, whatever the captions do";
 
   start(scenario(kAio, R"({"pollsUntilComplete": 0, "completeStatus": 0})"));
   EXPECT_EQ(session->scanAndCount(), "1,0,0,0,0");
-  EXPECT_EQ(scan.ticks, 1) << "a library whose first poll is not 1 closes the scan after one tick";
+  EXPECT_EQ(platform.dialogs.scan->ticks, 1)
+      << "a library whose first poll is not 1 closes the scan after one tick";
 }
 
 TEST_F(Session, StopInTheScanAndCancelInTheConnectDialogStopTheLibraryAndConnectNothing) {
   for (const bool stop : {true, false}) {
     SCOPED_TRACE(stop ? "Stop" : "Cancel");
-    platform = TestPlatform();
     start(scenario(kAio, stop ? R"({"pollsUntilComplete": 50})" : R"({"pollsUntilComplete": 3})"));
     context->state.resetDetectors();
     platform.dialogs.scan->stopAfterTicks = stop ? 2 : -1;
@@ -133,8 +134,7 @@ TEST_F(Session, NoDetectorFoundSaysSoWithIndentedSuggestions) {
 
 TEST_F(Session, ConnectingFillsTheTableKindByKindBeepsTwiceAndUpdatesTheBattery) {
   start();  // the default scenario: an all-in-one detector with mAs meter and a dosimeter
-  platform.dialogs.connect->scripts.push_back(tickAndConnect({"DOSE", "AIO+MAS"}));
-  session->ScanAndConnectToDetector();
+  connect({"DOSE", "AIO+MAS"});
 
   ASSERT_EQ(context->state.slotCount(), 2u);
   EXPECT_EQ(context->state.kindAt(0), 4) << "all-in-one detectors come first";
@@ -160,34 +160,31 @@ TEST_F(Session, ConnectingFillsTheTableKindByKindBeepsTwiceAndUpdatesTheBattery)
 TEST_F(Session, ConnectRefusalsKeepTheDialogOpenAndConnectNothing) {
   const std::string plugIn = "Tamsa RX9400 Plug-In Response", selfTestError = "Self Test Error",
                     selfTest = "RX 9400WD mAs  detector self test failed. Please select different detector.",
-                    failedSelfTest = scenario(R"({"identifier": 101, "typeCode": 4, "selfTestResult": 1})");
+                    failedSelfTest = scenario(R"({"identifier": 101, "typeCode": 4, "selfTestResult": 1})"),
+                    aio = scenario(kAio),
+                    refusing = scenario(kAio, R"({"pollsUntilComplete": 1})", R"({"connectFails": true})");
   const struct {
     std::string scenarioJson;
     std::int32_t requestedType;
-    ScriptedConnectView::Script script;
+    std::vector<std::string> kinds;
     std::string text, caption;
   } cases[] = {
-      {scenario(kAio), 0, tickAndConnect({}), "No detector selected, please select a detector to proceed.",
-       "Select Detector"},
-      {scenario(kAio), 3, tickAndConnect({"AIO"}), "The selected detector does not support Kalmet.", plugIn},
-      {scenario(kDose), 1, tickAndConnect({"DOSE"}), "The selected detector does not support RX9400.",
-       plugIn},
-      {failedSelfTest, 0, tickAndConnect({"AIO+MAS"}), selfTest, selfTestError},
-      {failedSelfTest, 2, tickAndConnect({"AIO+MAS"}), selfTest, selfTestError},  // an mAs meter asked for
-      {scenario(kAio, R"({"pollsUntilComplete": 1})", R"({"connectFails": true})"), 0,
-       tickAndConnect({"AIO"}), "Unable to connect the detector. Please try again.", "Connection Error"},
+      {aio, 0, {}, "No detector selected, please select a detector to proceed.", "Select Detector"},
+      {aio, 3, {"AIO"}, "The selected detector does not support Kalmet.", plugIn},
+      {scenario(kDose), 1, {"DOSE"}, "The selected detector does not support RX9400.", plugIn},
+      {failedSelfTest, 0, {"AIO+MAS"}, selfTest, selfTestError},
+      {failedSelfTest, 2, {"AIO+MAS"}, selfTest, selfTestError},  // an mAs meter asked for
+      {refusing, 0, {"AIO"}, "Unable to connect the detector. Please try again.", "Connection Error"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text + " " + std::to_string(c.requestedType));
-    platform = TestPlatform();
     start(c.scenarioJson);
     context->state.resetDetectors();
     session->SendDetectorType(c.requestedType);
-    platform.dialogs.connect->scripts.push_back(c.script);
-    session->ScanAndConnectToDetector();
+    connect(c.kinds);
     ASSERT_EQ(platform.boxes.shown.size(), 1u);
-    EXPECT_EQ(platform.boxes.shown[0].text, c.text);
-    EXPECT_EQ(platform.boxes.shown[0].caption, c.caption);
+    EXPECT_EQ(platform.boxes.shown[0].caption + ": " + platform.boxes.shown[0].text,
+              c.caption + ": " + c.text);
     EXPECT_FALSE(platform.dialogs.connect->hidden()) << "the dialog stays open for another choice";
     EXPECT_EQ(context->state.identifierAt(0), 0);
     EXPECT_TRUE(platform.sound.calls.empty());
@@ -202,10 +199,8 @@ TEST_F(Session, ConnectingTakesTheChargingFlagOrTheChargeFromTheBattery) {
   } cases[] = {{R"({"percent": 55})", false, 55}, {R"({"percent": 55, "charging": 1})", true, 0}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.battery);
-    platform = TestPlatform();
     start(scenario(R"({"identifier": 101, "typeCode": 1, "battery": )" + std::string(c.battery) + "}"));
-    platform.dialogs.connect->scripts.push_back(tickAndConnect({"AIO"}));
-    session->ScanAndConnectToDetector();
+    connect({"AIO"});
     EXPECT_EQ(context->state.charging, c.charging);
     EXPECT_EQ(context->state.chargePercent, c.percent);
   }
@@ -274,8 +269,7 @@ TEST_F(Session, TheCalibrationReportNamesOverdueDetectorsAndInvalidTargetFilters
                      "invalid": )") +
                    (c.invalidFilters ? R"(["Rh/Rh", "Mo/Al"]}})" : "[]}}")));
     platform.datePicker.now = {2000, 1, 1};
-    platform.dialogs.connect->scripts.push_back(tickAndConnect({"AIO"}));
-    session->ScanAndConnectToDetector();
+    connect({"AIO"});
     platform.boxes.shown.clear();
     platform.trace.lines.clear();
     platform.datePicker.now = c.today;
@@ -291,8 +285,7 @@ TEST_F(Session, TheCalibrationReportNamesOverdueDetectorsAndInvalidTargetFilters
 
 TEST_F(Session, TheLastSlotDecidesWhetherADetectorIsConnected) {
   start();
-  platform.dialogs.connect->scripts.push_back(tickAndConnect({"AIO+MAS", "DOSE"}));
-  session->ScanAndConnectToDetector();
+  connect({"AIO+MAS", "DOSE"});
   ASSERT_TRUE(session->IsDetectorConnected());
   const std::int32_t second = context->state.detectors[1].identifier;
   context->state.detectors[1].identifier = 9999;  // a detector the library has never connected
