@@ -61,9 +61,8 @@ TEST_F(Polling, ASingleAllInOneExposureRaisesItsDataAndItsWaveformInOnePass) {
   EXPECT_EQ(events.events,
             (std::vector<std::string>{"EnableStopButton False", "DataReady", "EnableStopButton False",
                                       "CheckExposureWaveform 1", "IncrementWaveCount"}));
-  EXPECT_FALSE(instrument->DetectorExposureFinish())
+  EXPECT_FALSE(instrument->DetectorExposureFinish() || instrument->mAsExposureFinish())
       << "the pass that finished the exposure clears its flags";
-  EXPECT_FALSE(instrument->mAsExposureFinish());
   EXPECT_DOUBLE_EQ(instrument->pGetExposureTime(), 100);
   for (const std::string line :
        {"AIO Data ready :: 101", ":: 80.3 :: 81.2 :: 79.8 :: 1.234", "AIO waveform is initialized :: 101"})
@@ -229,8 +228,8 @@ TEST_F(Polling, AZeroErrorAsksTheUserAndEndsThePass) {
     ASSERT_GE(calls.size(), 3u);
     EXPECT_EQ(calls[1], "MBDisableMeasurement(101)");
     EXPECT_EQ(calls[2], call);
-    EXPECT_EQ(platform.dialogs.zeroError->title(), "Detector Zero Error");
-    EXPECT_EQ(platform.dialogs.zeroError->detectorLine, "1301 RX 9400WD ");
+    EXPECT_EQ(platform.dialogs.zeroError->title() + "|" + platform.dialogs.zeroError->detectorLine,
+              "Detector Zero Error|1301 RX 9400WD ");
   }
 }
 
@@ -350,8 +349,7 @@ TEST_F(Polling, ResetTheFlagsClearsWhatAHalfFinishedExposureLeft) {
     EXPECT_EQ(instrument->DetectorExposureFinish(), aioDone);
     EXPECT_EQ(instrument->mAsExposureFinish(), !aioDone);
     instrument->ResetTheFlags();
-    EXPECT_FALSE(instrument->DetectorExposureFinish());
-    EXPECT_FALSE(instrument->mAsExposureFinish());
+    EXPECT_FALSE(instrument->DetectorExposureFinish() || instrument->mAsExposureFinish());
   }
 }
 

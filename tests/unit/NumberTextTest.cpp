@@ -91,9 +91,8 @@ TEST(NumberText, FormatPicturesRoundHalvesAwayFromZero) {
       {295.65, 1, 1, "295.7"}, {29.92126, 1, 1, "29.9"},
       {1e-20, 1, 3, "0.000"},  {1234567.891, 1, 3, "1234567.891"},
   };
-  for (const auto& c : cases) {
+  for (const auto& c : cases)
     EXPECT_EQ(formatPicture(c.value, c.integerDigits, c.decimals), c.text) << c.value << " " << c.decimals;
-  }
 }
 
 TEST(NumberText, ScientificNotationSplitsMantissaSignAndTwoDigitExponent) {
