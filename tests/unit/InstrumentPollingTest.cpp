@@ -61,8 +61,8 @@ TEST_F(Polling, ASingleAllInOneExposureRaisesItsDataAndItsWaveformInOnePass) {
   EXPECT_EQ(events.events,
             (std::vector<std::string>{"EnableStopButton False", "DataReady", "EnableStopButton False",
                                       "CheckExposureWaveform 1", "IncrementWaveCount"}));
-  EXPECT_FALSE(instrument->DetectorExposureFinish() || instrument->mAsExposureFinish())
-      << "the pass that finished the exposure clears its flags";
+  // The pass that finished the exposure clears its flags.
+  EXPECT_FALSE(instrument->DetectorExposureFinish() || instrument->mAsExposureFinish());
   EXPECT_DOUBLE_EQ(instrument->pGetExposureTime(), 100);
   for (const std::string line :
        {"AIO Data ready :: 101", ":: 80.3 :: 81.2 :: 79.8 :: 1.234", "AIO waveform is initialized :: 101"})
@@ -274,11 +274,11 @@ TEST_F(Polling, TheDosimetersErrorsAreRaisedOnceAndWithdrawnOnce) {
       faults += (faults.empty() ? R"(")" : R"(, ")") + name + R"(": {"fromPoll": 1, "polls": 3})";
     start(detector(301, 3, R"("faults": {)" + faults + "}"));
     for (int pass = 0; pass < 8; ++pass) instrument->CheckDataStatus();
-    const std::string kind = message.empty() ? "DisplaySensorResetMsg " : "DisplayErrorMsg ";
-    const std::string raised = message.empty() ? "True" : message + " | Error | True";
-    EXPECT_EQ(events.events, (std::vector<std::string>{
-                                 kind + raised, kind + (message.empty() ? "False" : " | Error | False")}))
-        << names;
+    const std::string on =
+        message.empty() ? "DisplaySensorResetMsg True" : "DisplayErrorMsg " + message + " | Error | True";
+    const std::string off =
+        message.empty() ? "DisplaySensorResetMsg False" : "DisplayErrorMsg  | Error | False";
+    EXPECT_EQ(events.events, (std::vector<std::string>{on, off})) << names;
   }
 }
 
@@ -318,24 +318,22 @@ TEST_F(Polling, ActivityThatPollingSeesKeepsTheDetectorsAwake) {
 
 TEST_F(Polling, EnableMeasurementsArmsEveryConnectedSlot) {
   const struct {
-    bool enable;
-    bool firstRemoved;
+    bool enable, firstRemoved;
     std::vector<std::string> calls;
-    bool status;
   } cases[] = {
-      {true, false, {"MBEnableMeasurement(101)", "MBEnableMeasurement(301)"}, true},
-      {false, false, {"MBDisableMeasurement(101)", "MBDisableMeasurement(301)"}, false},
-      {true, true, {"MBEnableMeasurement(301)"}, true},
+      {true, false, {"MBEnableMeasurement(101)", "MBEnableMeasurement(301)"}},
+      {false, false, {"MBDisableMeasurement(101)", "MBDisableMeasurement(301)"}},
+      {true, true, {"MBEnableMeasurement(301)"}},
   };
   for (const auto& c : cases) {
     start(detector(101, 1) + "," + detector(301, 3));
     if (c.firstRemoved) context->state.removeDetector(0);
-    context->state.measurementEnabled = !c.status;
+    context->state.measurementEnabled = !c.enable;
     instrument->EnableMeasurements(c.enable);
     std::vector<std::string> made = callsOf("MBEnableMeasurement");
     for (const std::string& call : callsOf("MBDisableMeasurement")) made.push_back(call);
     EXPECT_EQ(made, c.calls);
-    EXPECT_EQ(instrument->pMeasurementStatus(), c.status);
+    EXPECT_EQ(instrument->pMeasurementStatus(), c.enable);
   }
 }
 
@@ -359,10 +357,7 @@ TEST_F(Polling, TheModeIsTheProcesssAndStopStaysEnabledWhileAFluoroscopyRunsWith
   Instrument other(*context, events);  // the executive sets the mode through another instrument
   other.pCurrentMode("FLUORO");
   int passes = 0;
-  while (passes < 10 && events.dataReady.empty()) {
-    instrument->CheckDataStatus();
-    ++passes;
-  }
+  for (; passes < 10 && events.dataReady.empty(); ++passes) instrument->CheckDataStatus();
   EXPECT_GT(passes, 2) << "the fluoroscopy ran for passes without data";
   events.events.resize(3);
   EXPECT_EQ(events.events,

@@ -63,8 +63,7 @@ TEST_F(IonChamberDialogs, TheListsTheButtonsAndTheReadOnlyLayout) {
   start(0, 0);
   openSetup(nullptr);
   EXPECT_EQ(setup().chambers, (Fields{"No Ion Chamber", "New"}));
-  EXPECT_EQ(rig.platform.windows.calls.back(), (std::vector<int>{230, 110}))
-      << "the pointer goes to Continue";
+  EXPECT_EQ(rig.platform.windows.calls.back(), (std::vector<int>{230, 110})) << "pointer on Continue";
 
   start(2, 2);
   table().readOnly = true;
@@ -327,8 +326,7 @@ TEST_F(IonChamberDialogs, TicksFollowChamberAndCalFactorsAndDeleteRemovesWhatIsT
   EXPECT_EQ(rig.platform.boxes.shown[0].caption, "Delete");
   EXPECT_EQ(rig.platform.boxes.shown[1].style, kBoxYesNo | kBoxQuestion);
   EXPECT_EQ(std::pair(rig.calls("MBDelete"), int{table().count}), std::pair(0, 3)) << "No changes nothing";
-  EXPECT_EQ(rig.platform.windows.count(2), 2)
-      << "the pointer goes to Cancel on activation, as in the setup dialog";
+  EXPECT_EQ(rig.platform.windows.count(2), 2) << "pointer on Cancel when shown";
 
   rig.platform.boxes.answers = {kAnswerYes, kAnswerYes};
   openDeletion([&](Delete& d) {
@@ -354,8 +352,7 @@ TEST_F(IonChamberDialogs, TicksFollowChamberAndCalFactorsAndDeleteRemovesWhatIsT
     d.chamberTicked(1, true);
     d.deleteClicked();
   });
-  EXPECT_EQ(rig.callsOf("MBDelete"), Fields{"MBDeleteAllIonChambers(303)"})
-      << "one call when every chamber is ticked";
+  EXPECT_EQ(rig.callsOf("MBDelete"), Fields{"MBDeleteAllIonChambers(303)"}) << "all ticked: one call";
   EXPECT_EQ(table().count, 0);
   EXPECT_FALSE(setup().buttons[SetupButton::Edit].enabled);
 }

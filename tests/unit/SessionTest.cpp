@@ -95,8 +95,7 @@ TEST_F(Session, TheScanDialogStartsTheScanOnceAndPollsWhileTheLibraryAnswersOne)
 
   start(scenario(kAio, R"({"pollsUntilComplete": 0, "completeStatus": 0})"));
   EXPECT_EQ(session->scanAndCount(), "1,0,0,0,0");
-  EXPECT_EQ(platform.dialogs.scan->ticks, 1)
-      << "a library whose first poll is not 1 closes the scan after one tick";
+  EXPECT_EQ(platform.dialogs.scan->ticks, 1) << "first poll not 1: one tick";
 }
 
 TEST_F(Session, StopInTheScanAndCancelInTheConnectDialogStopTheLibraryAndConnectNothing) {
@@ -310,8 +309,7 @@ TEST(SessionWithoutLibrary, EveryMemberReturnsItsDefault) {
   EXPECT_EQ(context.state.slotCount(), 1u) << "the lists are emptied all the same";
   session.CloseApp();
   EXPECT_EQ(platform.dialogs.scan->ticks, 1) << "the scan dialog closes at once";
-  EXPECT_TRUE(platform.boxes.shown.empty())
-      << "a missing library is traced, not reported as missing detectors";
+  EXPECT_TRUE(platform.boxes.shown.empty()) << "traced, not reported";
   EXPECT_TRUE(platform.trace.contains("$ScanAndConnectToDetector$ - Error :: "));
 }
 
