@@ -38,9 +38,9 @@ TEST(DosimeterConfiguration, SlotRulesForTypeNameAndMasInput) {
   EXPECT_EQ(rig.instrument->pDetectorName(3), "");
   rig.instrument->SetMasInputtype(true);
   rig.instrument->SetMasInputtype(false);
+  // False names the first slot's detector each time, an mAs meter or not.
   EXPECT_EQ(rig.callsOf("MBSetmAsInput"), (Texts{"MBSetmAsInput(102, 1)", "MBSetmAsInput(103, 1)",
-                                                 "MBSetmAsInput(101, 2)", "MBSetmAsInput(101, 2)"}))
-      << "False names the first slot's detector each time, an mAs meter or not";
+                                                 "MBSetmAsInput(101, 2)", "MBSetmAsInput(101, 2)"}));
 }
 
 TEST(DosimeterConfiguration, TheChamberFileFillsTheTableAndTheChosenChamberNamesItsTexts) {
@@ -182,6 +182,7 @@ TEST(DosimeterConfiguration, ComparedSettingsAreKeptOrWrittenAsTheUserChooses) {
     for (const std::string& call : rig.callsOf("MBSet")) writes.push_back(call.substr(0, call.find('(')));
     EXPECT_EQ(writes, c.writes);
     EXPECT_TRUE(values == c.after) << "the by-reference values";
+    // What the dosimeter holds.
     const SimDetectorState held = rig.simulator->detector(303);
     const auto& [adcf, mode, unit, offset] =
         std::tie(held.adcf, held.dosimeterMode, held.dosimeterUnit, held.tempPressureOffset);
@@ -189,8 +190,7 @@ TEST(DosimeterConfiguration, ComparedSettingsAreKeptOrWrittenAsTheUserChooses) {
         (CompareData{adcf.mode, adcf.useSetTemperature, adcf.useSetPressure, adcf.setTemperature,
                      adcf.setPressure, static_cast<std::int32_t>(adcf.referenceTemperature), mode.mode,
                      mode.autoReset, unit.doseUnit, unit.doseRateUnit, unit.frameRate, unit.temperatureUnit,
-                     unit.pressureUnit, offset.pressureOffset, offset.temperatureOffset}) == c.after)
-        << "what the dosimeter holds";
+                     unit.pressureUnit, offset.pressureOffset, offset.temperatureOffset}) == c.after);
   }
 }
 

@@ -359,10 +359,9 @@ TEST_F(Polling, TheModeIsTheProcesssAndStopStaysEnabledWhileAFluoroscopyRunsWith
   int passes = 0;
   for (; passes < 10 && events.dataReady.empty(); ++passes) instrument->CheckDataStatus();
   EXPECT_GT(passes, 2) << "the fluoroscopy ran for passes without data";
-  events.events.resize(3);
+  events.events.resize(3);  // Stop is disabled again only by the pass that brings data
   EXPECT_EQ(events.events,
-            (std::vector<std::string>{"EnableStopButton True", "EnableStopButton False", "DataReady"}))
-      << "Stop is disabled again only by the pass that brings data";
+            (std::vector<std::string>{"EnableStopButton True", "EnableStopButton False", "DataReady"}));
 }
 
 TEST_F(Polling, SeveralSlotsAnnounceOnlyWhenBothHalvesOfTheExposureAreDone) {

@@ -190,17 +190,12 @@ TEST_F(Session, ConnectRefusalsKeepTheDialogOpenAndConnectNothing) {
 }
 
 TEST_F(Session, ConnectingTakesTheChargingFlagOrTheChargeFromTheBattery) {
-  const struct {
-    const char* battery;
-    bool charging;
-    int percent;
-  } cases[] = {{R"({"percent": 55})", false, 55}, {R"({"percent": 55, "charging": 1})", true, 0}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.battery);
-    start(scenario(R"({"identifier": 101, "typeCode": 1, "battery": )" + std::string(c.battery) + "}"));
+  for (const bool charging : {false, true}) {
+    const std::string battery = charging ? R"({"percent": 55, "charging": 1})" : R"({"percent": 55})";
+    start(scenario(R"({"identifier": 101, "typeCode": 1, "battery": )" + battery + "}"));
     connect({"AIO"});
-    EXPECT_EQ(context->state.charging, c.charging);
-    EXPECT_EQ(context->state.chargePercent, c.percent);
+    EXPECT_EQ(context->state.charging, charging);
+    EXPECT_EQ(context->state.chargePercent, charging ? 0 : 55) << "a charging battery reports no charge";
   }
 }
 
@@ -273,8 +268,7 @@ TEST_F(Session, TheCalibrationReportNamesOverdueDetectorsAndInvalidTargetFilters
     context->state.detectors[0].calibrationDate = c.calibration;
     session->reportCalibration();
     EXPECT_EQ(platform.boxes.shown.empty() ? "" : platform.boxes.shown[0].text, c.text);
-    EXPECT_EQ(platform.boxes.shown.empty() ? "Calibration Error" : platform.boxes.shown[0].caption,
-              "Calibration Error");
+    EXPECT_TRUE(platform.boxes.shown.empty() || platform.boxes.shown[0].caption == "Calibration Error");
     EXPECT_EQ(platform.trace.contains("$CalibrationReport$ - Calibration dates not valid :: 101"),
               c.calibration.month == 0 || c.calibration.month == 4);
   }
