@@ -23,16 +23,13 @@ std::string detector(int id, int type, const std::string& more = "") {
 }
 
 TEST(DosimeterConfiguration, SlotRulesForTypeNameAndMasInput) {
-  const struct {
-    std::vector<std::int32_t> kinds;
-    std::string detectorType;
-  } cases[] = {{{3}, "3"},    {{1, 2}, "4"}, {{2, 1}, "4"},  {{3, 2}, "5"},
-               {{2, 3}, "5"}, {{1, 1}, ""},  {{5, 2, 1}, ""}};
+  const std::pair<std::vector<std::int32_t>, std::string> cases[] = {
+      {{3}, "3"}, {{1, 2}, "4"}, {{2, 1}, "4"}, {{3, 2}, "5"}, {{2, 3}, "5"}, {{1, 1}, ""}, {{5, 2, 1}, ""}};
   InstrumentRig rig;
   rig.start("", "RADIO", false);
-  for (const auto& c : cases) {
-    rig.context->state.setConnectedDetectors(std::vector<DetectorInfo>(c.kinds.size()), c.kinds);
-    EXPECT_EQ(rig.instrument->GetDetectorType(), c.detectorType) << c.kinds.size() << ": " << c.kinds[0];
+  for (const auto& [kinds, type] : cases) {
+    rig.context->state.setConnectedDetectors(std::vector<DetectorInfo>(kinds.size()), kinds);
+    EXPECT_EQ(rig.instrument->GetDetectorType(), type) << kinds.size() << ": " << kinds[0];
   }
   // The rig connects detectors in the order of their type codes: slots 101 (1), 102 (2), 103 (5).
   rig.start(detector(103, 5) + "," + detector(101, 1) + "," + detector(102, 2), "RADIO", false);
@@ -41,9 +38,9 @@ TEST(DosimeterConfiguration, SlotRulesForTypeNameAndMasInput) {
   EXPECT_EQ(rig.instrument->pDetectorName(3), "");
   rig.instrument->SetMasInputtype(true);
   rig.instrument->SetMasInputtype(false);
+  // False names the first slot's detector each time, an mAs meter or not.
   EXPECT_EQ(rig.callsOf("MBSetmAsInput"), (Texts{"MBSetmAsInput(102, 1)", "MBSetmAsInput(103, 1)",
-                                                 "MBSetmAsInput(101, 2)", "MBSetmAsInput(101, 2)"}))
-      << "False names the first slot's detector each time, an mAs meter or not";
+                                                 "MBSetmAsInput(101, 2)", "MBSetmAsInput(101, 2)"}));
 }
 
 TEST(DosimeterConfiguration, TheChamberFileFillsTheTableAndTheChosenChamberNamesItsTexts) {
@@ -58,12 +55,10 @@ TEST(DosimeterConfiguration, TheChamberFileFillsTheTableAndTheChosenChamberNames
   EXPECT_EQ(rig.instrument->GetCalFactor(), "RQR9");
   EXPECT_EQ(rig.instrument->GetCalConst(), "2E-05 R/C") << "unit code 0 shows the R/C text";
   IonChamberTable& table = rig.context->state.ionChambers;
+  const char* const units[] = {" R/C", " R/C", " R/nC", " Gy/C", " Gy/nC", " R/C"};  // by unit code
   for (int code = 0; code <= 5; ++code) {
     table.records[0].calFactors[1].unitCode = code;
-    EXPECT_EQ(rig.instrument->GetCalConst(), std::string("2E-05") + (code == 2   ? " R/nC"
-                                                                     : code == 3 ? " Gy/C"
-                                                                     : code == 4 ? " Gy/nC"
-                                                                                 : " R/C"));
+    EXPECT_EQ(rig.instrument->GetCalConst(), std::string("2E-05") + units[code]);
   }
   table.selectedCalFactor = 3;
   EXPECT_EQ(rig.instrument->GetCalFactor(), "") << "no cal factor in that slot";
@@ -78,9 +73,8 @@ TEST(DosimeterConfiguration, TheChamberFileFillsTheTableAndTheChosenChamberNames
     failing.start(detector(304, 3, kChambers + R"(, "faults": )" + f.faults), "RADIO", false);
     EXPECT_EQ(failing.instrument->GetIonChamberInfo(), 0);
     ASSERT_EQ(failing.platform.boxes.shown.size(), 1u);
-    EXPECT_EQ(failing.platform.boxes.shown[0].text, f.text);
-    EXPECT_EQ(failing.platform.boxes.shown[0].caption, f.caption);
-    EXPECT_EQ(failing.platform.boxes.shown[0].style, kBoxCritical);
+    const auto& box = failing.platform.boxes.shown[0];
+    EXPECT_EQ(std::tuple(box.text, box.caption, box.style), std::tuple(f.text, f.caption, kBoxCritical));
     EXPECT_EQ(failing.calls("MBPauseUpdateThread"), failing.calls("MBResumeUpdateThread"));
   }
 }
@@ -88,10 +82,9 @@ TEST(DosimeterConfiguration, TheChamberFileFillsTheTableAndTheChosenChamberNames
 TEST(DosimeterConfiguration, ConfiguringSendsTheSettingsAndOffersTheSetupDialogWithoutAChamber) {
   const struct {
     std::string dosimeter;
-    std::size_t boxes;
-    int setupShowings;
+    int boxes;  ///< the notice, and the setup dialog after it
     Texts chosen;
-  } cases[] = {{kChambers, 0, 0, {"IC-A 6cc", "RQR9"}}, {R"("dosimeter": {})", 1, 1, {"No Ion Chamber", ""}}};
+  } cases[] = {{kChambers, 0, {"IC-A 6cc", "RQR9"}}, {R"("dosimeter": {})", 1, {"No Ion Chamber", ""}}};
   for (const auto& c : cases) {
     InstrumentRig rig;
     rig.start(detector(303, 3, c.dosimeter), "RADIO", false);
@@ -99,13 +92,12 @@ TEST(DosimeterConfiguration, ConfiguringSendsTheSettingsAndOffersTheSetupDialogW
     EXPECT_EQ(std::get<ScriptList>(result).texts, c.chosen);
     EXPECT_EQ(rig.calls("MBSetADCF(303"), 1);
     EXPECT_EQ(rig.calls("MBSetDosimeterUnit(303"), 1);
-    EXPECT_EQ(rig.platform.dialogs.setup->showings, c.setupShowings);
-    ASSERT_EQ(rig.platform.boxes.shown.size(), c.boxes);
-    if (c.boxes == 0) continue;
-    EXPECT_EQ(
-        rig.platform.boxes.shown[0].text,
-        "No Ion Chambers are selected / configured in this detector.\nClick OK to add Ion Chamber details.");
-    EXPECT_EQ(rig.platform.boxes.shown[0].caption, "IC Notification");
+    EXPECT_EQ(rig.platform.dialogs.setup->showings, c.boxes);
+    ASSERT_EQ(static_cast<int>(rig.platform.boxes.shown.size()), c.boxes);
+    for (const auto& box : rig.platform.boxes.shown)
+      EXPECT_EQ(box.caption + ": " + box.text,
+                "IC Notification: No Ion Chambers are selected / configured in this detector.\nClick OK to "
+                "add Ion Chamber details.");
   }
 }
 
@@ -165,6 +157,8 @@ TEST(DosimeterConfiguration, ComparedSettingsAreKeptOrWrittenAsTheUserChooses) {
   wanted.rSetTemperature = 22.5F;
   wanted.lDoseUnit = 2;
   const CompareData every{2, 1, 1, 25.5F, 700.0F, 22, 3, 0, 2, 4, 30, 3, 4, 1.5F, -0.5F};
+  const std::vector<std::string> everyWrite{"MBSetADCF", "MBSetDosimeterMode", "MBSetDosimeterUnit",
+                                            "MBSetTempPressureOffset"};
   const struct {
     CompareData values;
     int answer;
@@ -175,11 +169,7 @@ TEST(DosimeterConfiguration, ComparedSettingsAreKeptOrWrittenAsTheUserChooses) {
       {stored, kAnswerOk, false, {}, stored},
       {wanted, kAnswerOk, true, {"MBSetADCF", "MBSetDosimeterUnit"}, wanted},
       {wanted, kAnswerCancel, true, {}, stored},
-      {every,
-       kAnswerOk,
-       true,
-       {"MBSetADCF", "MBSetDosimeterMode", "MBSetDosimeterUnit", "MBSetTempPressureOffset"},
-       every},
+      {every, kAnswerOk, true, everyWrite, every},
   };
   for (const auto& c : cases) {
     InstrumentRig rig;
@@ -192,6 +182,7 @@ TEST(DosimeterConfiguration, ComparedSettingsAreKeptOrWrittenAsTheUserChooses) {
     for (const std::string& call : rig.callsOf("MBSet")) writes.push_back(call.substr(0, call.find('(')));
     EXPECT_EQ(writes, c.writes);
     EXPECT_TRUE(values == c.after) << "the by-reference values";
+    // What the dosimeter holds.
     const SimDetectorState held = rig.simulator->detector(303);
     const auto& [adcf, mode, unit, offset] =
         std::tie(held.adcf, held.dosimeterMode, held.dosimeterUnit, held.tempPressureOffset);
@@ -199,8 +190,7 @@ TEST(DosimeterConfiguration, ComparedSettingsAreKeptOrWrittenAsTheUserChooses) {
         (CompareData{adcf.mode, adcf.useSetTemperature, adcf.useSetPressure, adcf.setTemperature,
                      adcf.setPressure, static_cast<std::int32_t>(adcf.referenceTemperature), mode.mode,
                      mode.autoReset, unit.doseUnit, unit.doseRateUnit, unit.frameRate, unit.temperatureUnit,
-                     unit.pressureUnit, offset.pressureOffset, offset.temperatureOffset}) == c.after)
-        << "what the dosimeter holds";
+                     unit.pressureUnit, offset.pressureOffset, offset.temperatureOffset}) == c.after);
   }
 }
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "core/NumberText.h"
-#include "core/Text.h"
 #include "core/SampleText.h"
+#include "core/Text.h"
 
 namespace rx9400 {
 namespace {
@@ -77,8 +77,7 @@ TEST(NumberText, ValOSReadsCommaAndPointAlikeAndStopsAtTheFirstNonNumber) {
 TEST(NumberText, FormatPicturesRoundHalvesAwayFromZero) {
   const struct {
     double value;
-    int integerDigits;
-    int decimals;
+    int integerDigits, decimals;
     const char* text;
   } cases[] = {
       {22.5, 1, 1, "22.5"},    {22.25, 1, 1, "22.3"},
@@ -92,10 +91,8 @@ TEST(NumberText, FormatPicturesRoundHalvesAwayFromZero) {
       {295.65, 1, 1, "295.7"}, {29.92126, 1, 1, "29.9"},
       {1e-20, 1, 3, "0.000"},  {1234567.891, 1, 3, "1234567.891"},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(formatPicture(c.value, c.integerDigits, c.decimals), c.text)
-        << c.value << " with " << c.integerDigits << " and " << c.decimals;
-  }
+  for (const auto& c : cases)
+    EXPECT_EQ(formatPicture(c.value, c.integerDigits, c.decimals), c.text) << c.value << " " << c.decimals;
 }
 
 TEST(NumberText, ScientificNotationSplitsMantissaSignAndTwoDigitExponent) {
@@ -105,9 +102,7 @@ TEST(NumberText, ScientificNotationSplitsMantissaSignAndTwoDigitExponent) {
   };
   for (const auto& [value, text] : cases) EXPECT_EQ(scientificText(value, "E"), text) << value;
   const ScientificParts parts = scientificParts(2.5e-7);
-  EXPECT_EQ(parts.mantissa, "2.5");
-  EXPECT_EQ(parts.sign, '-');
-  EXPECT_EQ(parts.exponent, "07");
+  EXPECT_EQ(parts.mantissa + parts.sign + parts.exponent, "2.5-07");
 }
 
 TEST(NumberText, FixedLengthFieldsAreCutAndZeroFilled) {
