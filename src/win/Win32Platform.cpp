@@ -1,6 +1,8 @@
 // Registry, window placement, the trace viewer's channel and the hidden date picker on Windows.
 #include "win/Win32Platform.h"
 
+#include "win/WideText.h"
+
 #include <windows.h>
 
 #include <commctrl.h>
@@ -17,24 +19,6 @@ HWND toWindow(WindowHandle handle) {
   return reinterpret_cast<HWND>(handle);
 }
 
-std::wstring wide(std::string_view text, UINT codePage) {
-  if (text.empty()) return {};
-  const int length = MultiByteToWideChar(codePage, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
-  std::wstring result(static_cast<std::size_t>(length), L'\0');
-  MultiByteToWideChar(codePage, 0, text.data(), static_cast<int>(text.size()), result.data(), length);
-  return result;
-}
-
-std::string narrow(std::wstring_view text, UINT codePage) {
-  if (text.empty()) return {};
-  const int size = WideCharToMultiByte(codePage, 0, text.data(), static_cast<int>(text.size()), nullptr, 0,
-                                       nullptr, nullptr);
-  std::string result(static_cast<std::size_t>(size), '\0');
-  WideCharToMultiByte(codePage, 0, text.data(), static_cast<int>(text.size()), result.data(), size, nullptr,
-                      nullptr);
-  return result;
-}
-
 BOOL CALLBACK findViewerWindow(HWND window, LPARAM found) {
   if (reinterpret_cast<std::uintptr_t>(GetPropA(window, kViewerProperty.c_str())) != 1) return TRUE;
   *reinterpret_cast<HWND*>(found) = window;
@@ -44,7 +28,7 @@ BOOL CALLBACK findViewerWindow(HWND window, LPARAM found) {
 }  // namespace
 
 std::wstring toWide(std::string_view utf8) {
-  return wide(utf8, CP_UTF8);
+  return widen(utf8, CP_UTF8);
 }
 std::string fromWide(std::wstring_view text) {
   return narrow(text, CP_UTF8);
@@ -93,10 +77,10 @@ void Win32EventPump::pumpEvents() {
 }
 
 std::string toAnsi(std::string_view utf8) {
-  return narrow(wide(utf8, CP_UTF8), CP_ACP);
+  return narrow(widen(utf8, CP_UTF8), CP_ACP);
 }
 std::string fromAnsi(std::string_view ansi) {
-  return narrow(wide(ansi, CP_ACP), CP_UTF8);
+  return narrow(widen(ansi, CP_ACP), CP_UTF8);
 }
 
 std::optional<Registry::Key> Win32Registry::openLocalMachineKey(std::string_view subKey) {

@@ -7,6 +7,8 @@
 #include <cwchar>
 #include <string>
 
+#include "Text.h"
+
 namespace rx9400::scripthost {
 namespace {
 
@@ -112,11 +114,7 @@ void writeLine(HANDLE output, const std::wstring& line) {
     WriteConsoleW(output, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
     return;
   }
-  const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0,
-                                       nullptr, nullptr);
-  std::string bytes(static_cast<std::size_t>(size), '\0');
-  WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(), size, nullptr,
-                      nullptr);
+  const std::string bytes = tools::narrow(text);
   WriteFile(output, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
 }
 

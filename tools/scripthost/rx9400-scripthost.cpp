@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "HostObjects.h"
+#include "Text.h"
 
 namespace {
 
@@ -31,13 +32,6 @@ constexpr int timeLimitReached = 3;
 
 void report(const std::wstring& line) {
   writeLine(GetStdHandle(STD_ERROR_HANDLE), line);
-}
-
-std::wstring narrowToWide(const std::string& text, UINT codePage) {
-  const int size = MultiByteToWideChar(codePage, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
-  std::wstring wide(static_cast<std::size_t>(size), L'\0');
-  MultiByteToWideChar(codePage, 0, text.data(), static_cast<int>(text.size()), wide.data(), size);
-  return wide;
 }
 
 /// The system's text for an error code, without its line end; empty when it has none.
@@ -64,11 +58,11 @@ bool readScript(const std::wstring& path, std::wstring* text) {
       static_cast<unsigned char>(bytes[1]) == 0xFE) {
     text->assign(reinterpret_cast<const wchar_t*>(bytes.data() + 2), (bytes.size() - 2) / 2);
   } else if (bytes.rfind("\xEF\xBB\xBF", 0) == 0) {
-    *text = narrowToWide(bytes.substr(3), CP_UTF8);
+    *text = rx9400::tools::widen(bytes.substr(3), CP_UTF8);
   } else {
     const bool utf8 = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(),
                                           static_cast<int>(bytes.size()), nullptr, 0) > 0;
-    *text = narrowToWide(bytes, utf8 ? CP_UTF8 : CP_ACP);
+    *text = rx9400::tools::widen(bytes, utf8 ? CP_UTF8 : CP_ACP);
   }
   return true;
 }

@@ -19,21 +19,12 @@
 #include <string>
 #include <vector>
 
+#include "Text.h"
+
 namespace {
 
 std::string utf8(const wchar_t* text) {
-  if (text == nullptr || *text == 0) return {};
-  const int size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
-  std::string result(static_cast<std::size_t>(size > 0 ? size - 1 : 0), '\0');
-  if (size > 1) WideCharToMultiByte(CP_UTF8, 0, text, -1, result.data(), size, nullptr, nullptr);
-  return result;
-}
-
-std::wstring wide(const char* text) {
-  const int size = MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
-  std::wstring result(static_cast<std::size_t>(size > 0 ? size - 1 : 0), L'\0');
-  if (size > 1) MultiByteToWideChar(CP_ACP, 0, text, -1, result.data(), size);
-  return result;
+  return text == nullptr ? std::string() : rx9400::tools::narrow(text);
 }
 
 /// Owns a BSTR for the length of a scope.
@@ -339,7 +330,7 @@ void writeInterface(std::string& out, ITypeInfo* info, const std::string& librar
 
 bool writeLibrary(std::string& out, const std::string& path, Report& report) {
   Released<ITypeLib> library;
-  if (FAILED(LoadTypeLibEx(wide(path.c_str()).c_str(), REGKIND_NONE, &library.value))) {
+  if (FAILED(LoadTypeLibEx(rx9400::tools::widen(path, CP_ACP).c_str(), REGKIND_NONE, &library.value))) {
     std::fprintf(stderr, "cannot read a type library from %s\n", path.c_str());
     return false;
   }
