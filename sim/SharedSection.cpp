@@ -16,7 +16,9 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
 #include <cerrno>
+#include "platform/posix/PosixSectionName.h"
 #endif
 
 namespace rx9400::sim {
@@ -76,7 +78,7 @@ std::string systemError(const char* what) {
 
 std::unique_ptr<SharedSection> SharedSection::create(const std::string& name, std::size_t size,
                                                      const Fill& fill, std::string& error) {
-  const std::string path = "/" + name;
+  const std::string path = posixSectionPath(name);
   shm_unlink(path.c_str());  // a stale object of an earlier run
   const int fd = shm_open(path.c_str(), O_CREAT | O_RDWR | O_TRUNC, 0600);
   if (fd < 0) {
@@ -104,7 +106,7 @@ std::unique_ptr<SharedSection> SharedSection::create(const std::string& name, st
 }
 
 SharedSection::~SharedSection() {
-  shm_unlink(("/" + name_).c_str());
+  shm_unlink(posixSectionPath(name_).c_str());
 }
 
 #endif

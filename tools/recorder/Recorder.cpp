@@ -15,6 +15,8 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "platform/posix/PosixSectionName.h"
 #endif
 
 namespace rx9400::recorder {
@@ -241,7 +243,7 @@ std::optional<std::string> readSection(const std::string& name, std::size_t byte
 #else
 
 std::optional<std::string> readSection(const std::string& name, std::size_t bytes) {
-  const int fd = shm_open(("/" + name).c_str(), O_RDONLY, 0);
+  const int fd = shm_open(posixSectionPath(name).c_str(), O_RDONLY, 0);
   if (fd < 0) return std::nullopt;
   struct stat info {};
   std::optional<std::string> content;

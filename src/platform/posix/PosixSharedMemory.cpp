@@ -1,10 +1,11 @@
-// Shared-memory sections as POSIX shared-memory objects "/" + name (the native build and its tests).
+// Shared-memory sections as POSIX shared-memory objects of this process (the native build and its tests).
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/SharedMemory.h"
+#include "platform/posix/PosixSectionName.h"
 
 namespace rx9400 {
 namespace {
@@ -47,7 +48,7 @@ class PosixSection final : public SharedSection {
 class PosixSharedMemory final : public SharedMemory {
  public:
   std::unique_ptr<SharedSection> open(const std::string& name) override {
-    const int fd = shm_open(("/" + name).c_str(), O_RDWR, 0);
+    const int fd = shm_open(posixSectionPath(name).c_str(), O_RDWR, 0);
     if (fd < 0) return nullptr;
     return std::make_unique<PosixSection>(fd);
   }

@@ -20,6 +20,7 @@
 
 #include "SimControl.h"
 #include "device/MBFunctionTable.h"
+#include "platform/posix/PosixSectionName.h"
 
 // The device library's functions, declared from the one list of exports.
 namespace rx9400 {
@@ -80,10 +81,11 @@ std::string fileText(const std::filesystem::path& path) {
   return text.str();
 }
 
-/// The samples of the detector's section (POSIX object "/MB_" + identifier padded to 8 digits), if any.
+/// The samples of the detector's section ("MB_" + identifier padded to 8 digits), if any.
 std::optional<std::vector<std::int32_t>> readSection(std::int32_t id) {
-  char name[32];
-  std::snprintf(name, sizeof name, "/dev/shm/MB_%08d", static_cast<int>(id));
+  char digits[16];
+  std::snprintf(digits, sizeof digits, "%08d", static_cast<int>(id));
+  const std::string name = "/dev/shm" + posixSectionPath(std::string("MB_") + digits);
   if (!std::filesystem::exists(name)) return std::nullopt;
   const std::string bytes = fileText(name);
   std::vector<std::int32_t> samples(bytes.size() / 4);
